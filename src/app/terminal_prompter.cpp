@@ -1,0 +1,102 @@
+#include "app/terminal_prompter.h"
+
+#include <QByteArray>
+#include <fcntl.h>
+#include <string>
+#include <termios.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::app {
+
+namespace {
+
+// The controlling terminal, opened for one question; -1 when there is none.
+class Terminal
+{
+public:
+    Terminal() : m_fd(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {}
+    ~Terminal()
+    {
+        if (m_fd >= 0) {
+            ::close(m_fd);
+        }
+    }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    bool available() const { return m_fd >= 0; }
+
+    void write_text(const QString& text) const
+    {
+        const QByteArray bytes = text.toUtf8();
+        [[maybe_unused]] const ssize_t written = ::write(m_fd, bytes.constData(), static_cast<size_t>(bytes.size()));
+    }
+
+    // One line without its newline; nullopt at end of input.
+    std::optional<QString> read_line(bool hidden) const
+    {
+        termios saved{};
+        const bool can_hide = hidden && ::tcgetattr(m_fd, &saved) == 0;
+        if (can_hide) {
+            termios quiet = saved;
+            quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+            ::tcsetattr(m_fd, TCSAFLUSH, &quiet);
+        }
+        std::string line;
+        char ch = 0;
+        bool got_any = false;
+        while (::read(m_fd, &ch, 1) == 1) {
+            got_any = true;
+            if (ch == '\n') {
+                break;
+            }
+            line.push_back(ch);
+        }
+        if (can_hide) {
+            ::tcsetattr(m_fd, TCSAFLUSH, &saved);
+            write_text(u"\n"_s);
+        }
+        if (!got_any) {
+            return std::nullopt;
+        }
+        return QString::fromStdString(line);
+    }
+
+private:
+    int m_fd;
+};
+
+} // namespace
+
+BoxAnswer TerminalPrompter::show_box(const QString& text, const QString& title, BoxButtons buttons, BoxIcon)
+{
+    std::fprintf(m_messages, "%s: %s\n", qUtf8Printable(title), qUtf8Printable(text));
+    std::fflush(m_messages);
+    if (buttons == BoxButtons::Ok) {
+        return BoxAnswer::Ok;
+    }
+    const Terminal terminal;
+    if (!terminal.available()) {
+        return BoxAnswer::No;
+    }
+    terminal.write_text(u"[y/N] "_s);
+    const QString answer = terminal.read_line(false).value_or(QString()).trimmed();
+    return answer.startsWith(u'y', Qt::CaseInsensitive) ? BoxAnswer::Yes : BoxAnswer::No;
+}
+
+std::optional<QString> TerminalPrompter::ask_password(PasswordKind kind, const QString& prompt)
+{
+    const Terminal terminal;
+    if (!terminal.available()) {
+        std::fprintf(m_messages, "%s (no terminal to ask on)\n", qUtf8Printable(prompt));
+        std::fflush(m_messages);
+        return std::nullopt;
+    }
+    const QString label = kind == PasswordKind::Database ? u"Database Password"_s : u"Password Required"_s;
+    terminal.write_text(label + u": "_s + prompt + u"\nPassword: "_s);
+    return terminal.read_line(true);
+}
+
+} // namespace cvd::app

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "core/prompter.h"
+
+#include <cstdio>
+
+namespace cvd::app {
+
+// The prompter of the program without windows: boxes become lines on stderr, questions and passwords are
+// asked on the controlling terminal. Without a terminal a question is answered No and a password prompt is
+// cancelled, so the program never waits for an answer nobody can give.
+class TerminalPrompter : public Prompter
+{
+public:
+    explicit TerminalPrompter(std::FILE* messages = stderr) : m_messages(messages) {}
+    BoxAnswer show_box(const QString& text, const QString& title, BoxButtons buttons, BoxIcon icon) override;
+    std::optional<QString> ask_password(PasswordKind kind, const QString& prompt) override;
+
+private:
+    std::FILE* m_messages;
+};
+
+} // namespace cvd::app

@@ -1,0 +1,134 @@
+#include "core/databases.h"
+
+#include "core/app_state.h"
+#include "core/clock.h"
+#include "core/error_path.h"
+#include "core/file_ops.h"
+#include "store/schema.h"
+
+using namespace Qt::StringLiterals;
+
+namespace cvd {
+
+namespace {
+
+const QString kGlobalProcedure = u"Procedure: open_database"_s;
+const QString kUserProcedure = u"Procedure: open_user_database"_s;
+
+// Opens and checks one database file. Throws store::Error for a file that is not ours.
+store::Database open_checked(const QString& path, bool global)
+{
+    store::Database db = store::Database::open(path, store::Database::OpenMode::Existing);
+    const store::FileKind kind = store::classify(db);
+    const bool ours = global ? (kind == store::FileKind::Global || kind == store::FileKind::OldLayout)
+                             : kind == store::FileKind::User;
+    if (!ours) {
+        throw store::Error(store::codes::NotADb, global ? u"file is not a Corvane Desk global database"_s
+                                                        : u"file is not a Corvane Desk user database"_s);
+    }
+    // Shared mode writes to the file; a file from a newer program or of the oldest layout waits for the
+    // version steps of start-up, which may refuse it.
+    const bool current_or_older =
+        kind == store::FileKind::User || store::stored_version(db).value_or(0) <= store::kDatabaseVersion;
+    if (kind != store::FileKind::OldLayout && current_or_older) {
+        db.enable_wal();
+    }
+    return db;
+}
+
+void open_one(AppState& state, store::Database& slot, const QString& path, bool global)
+{
+    state.clear_error_counters();
+    if (slot.is_open()) {
+        return;
+    }
+    if (!isfile(path)) {
+        with_retry(state, global ? u"Procedure: CreateNewGlobalDatabase "_s : u"Procedure: CreateNewUserDatabase "_s,
+                   [&] { global ? store::create_global_database(path) : store::create_user_database(path); });
+    }
+    slot = with_retry(state, global ? kGlobalProcedure : kUserProcedure, [&] { return open_checked(path, global); });
+    yield_to_event_loop();
+}
+
+} // namespace
+
+QString global_db_path(const AppState& state)
+{
+    return state.global_db_folder + QLatin1StringView(kDatabaseFileName);
+}
+
+QString user_db_path(const AppState& state)
+{
+    return state.user_db_folder + QLatin1StringView(kDatabaseFileName);
+}
+
+void open_database(AppState& state)
+{
+    open_one(state, state.global_db, global_db_path(state), true);
+}
+
+void open_user_database(AppState& state)
+{
+    open_one(state, state.user_db, user_db_path(state), false);
+}
+
+void close_database(AppState& state)
+{
+    state.global_db.close();
+    yield_to_event_loop();
+}
+
+void close_user_database(AppState& state)
+{
+    state.user_db.close();
+    yield_to_event_loop();
+}
+
+void get_reg_values(AppState& state)
+{
+    state.clear_error_counters();
+    state.db_password = state.registry
+                            .read_text(platform::Hive::LocalMachine, QLatin1StringView(kProgramKey),
+                                       QLatin1StringView(kDbPasswordValue))
+                            .value_or(QString())
+                            .trimmed();
+}
+
+void put_reg_values(AppState& state)
+{
+    state.clear_error_counters();
+    state.registry.write_text(platform::Hive::LocalMachine, QLatin1StringView(kProgramKey),
+                              QLatin1StringView(kDbPasswordValue), state.db_password);
+}
+
+void load_settings(AppState& state)
+{
+    open_database(state);
+    with_retry(state, u"Procedure: load_settings"_s, [&] { state.settings.load_global(state.global_db); });
+    open_user_database(state);
+    with_retry(state, u"Procedure: load_settings"_s, [&] { state.settings.load_user(state.user_db); });
+    close_user_database(state);
+}
+
+void save_settings(AppState& state)
+{
+    open_database(state);
+    with_retry(state, u"Procedure: save_settings"_s, [&] { state.settings.save_global(state.global_db); });
+    open_user_database(state);
+    with_retry(state, u"Procedure: save_settings"_s, [&] { state.settings.save_user(state.user_db); });
+    close_user_database(state);
+}
+
+} // namespace cvd
+
+namespace cvd {
+
+bool global_db_is_current(AppState& state)
+{
+    return with_retry(state, u"Procedure: open_database"_s, [&] {
+        return store::classify(state.global_db) == store::FileKind::Global &&
+               store::stored_version(state.global_db) == store::kDatabaseVersion;
+    });
+}
+
+} // namespace cvd

@@ -1,0 +1,156 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace cvd::store {
+
+// A failed database call. code() is SQLite's extended result code; its low byte is the primary code.
+class Error : public std::runtime_error
+{
+public:
+    Error(int code, const QString& message);
+    int code() const { return m_code; }
+    int primary_code() const { return m_code & 0xff; }
+    QString message() const { return m_message; }
+
+private:
+    int m_code;
+    QString m_message;
+};
+
+// Result codes the rest of the program names without seeing SQLite's header.
+namespace codes {
+inline constexpr int Error = 1;
+inline constexpr int Busy = 5;
+inline constexpr int Locked = 6;
+inline constexpr int IoErr = 10;
+inline constexpr int Corrupt = 11;
+inline constexpr int CantOpen = 14;
+inline constexpr int NotADb = 26;
+} // namespace codes
+
+// Dates are stored as text 'YYYY-MM-DD HH:MM:SS' in local time, so that text order is time order.
+QString format_date(const QDateTime& value);
+std::optional<QDateTime> parse_date(const QString& text);
+
+// A prepared statement. Parameters are numbered from 1; columns from 0.
+class Statement
+{
+public:
+    Statement(Statement&& other) noexcept;
+    Statement& operator=(Statement&& other) noexcept;
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+    ~Statement();
+
+    Statement& bind(int index, const QString& value); // always text, even empty or null; bind_null for null
+    Statement& bind(int index, qint64 value);
+    Statement& bind(int index, int value);
+    Statement& bind(int index, double value);
+    Statement& bind(int index, const QDateTime& value); // as format_date; an invalid date binds null
+    Statement& bind_bool(int index, bool value);        // -1 or 0
+    Statement& bind(int index, bool value) = delete;    // would store 1 for true; use bind_bool
+    Statement& bind_null(int index);
+
+    // Advances to the next row: true while there is one, false when done. Throws Error.
+    bool step();
+    // Runs the statement to its end (for statements that return no rows).
+    void exec();
+    // Makes the statement ready to run again; bindings stay unless cleared.
+    void reset();
+    void clear_bindings();
+
+    int column_count() const;
+    QString column_name(int column) const;
+    bool is_null(int column) const;
+    std::optional<QString> text(int column) const;
+    std::optional<qint64> integer(int column) const;
+    std::optional<double> real(int column) const;
+    std::optional<QDateTime> date(int column) const;
+    // A stored boolean: null and 0 are false, anything else true.
+    bool flag(int column) const;
+
+private:
+    friend class Database;
+    Statement(sqlite3* db, sqlite3_stmt* stmt);
+    void check(int rc) const;
+    sqlite3* m_db = nullptr;
+    sqlite3_stmt* m_stmt = nullptr;
+};
+
+// One connection to one database file.
+class Database
+{
+public:
+    enum class OpenMode {
+        Existing, // read and write; the file must exist
+        CreateIfMissing,
+        ReadOnly,
+    };
+
+    Database() = default;
+    Database(Database&& other) noexcept;
+    Database& operator=(Database&& other) noexcept;
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+    ~Database();
+
+    // Opens the file. Nothing is written to it. Throws Error.
+    static Database open(const QString& path, OpenMode mode = OpenMode::Existing);
+
+    bool is_open() const { return m_db != nullptr; }
+    const QString& path() const { return m_path; }
+    void close();
+
+    Statement prepare(const QString& sql);
+    // Runs SQL text without parameters (schema statements, literals of our own).
+    void exec(const QString& sql);
+
+    qint64 last_insert_id() const;
+    int changes() const;
+    // True between BEGIN and its COMMIT or ROLLBACK.
+    bool in_transaction() const;
+
+    // Schema questions; they read and never write. Names compare without regard to case. Columns come in
+    // their order in the table, indexes by name.
+    bool table_exists(const QString& table);
+    QStringList column_names(const QString& table);
+    QStringList index_names(const QString& table);
+
+    // How long a statement waits for another process's lock before it fails with Busy.
+    void set_busy_timeout(int milliseconds);
+    // Switches the file to write-ahead logging, so that readers and one writer of several processes
+    // share it. This writes to the file; callers do it only for a file they have accepted as theirs.
+    void enable_wal();
+
+private:
+    explicit Database(sqlite3* db, QString path);
+    sqlite3* m_db = nullptr;
+    QString m_path;
+};
+
+// BEGIN IMMEDIATE on construction; rolled back on destruction unless committed.
+class Transaction
+{
+public:
+    explicit Transaction(Database& db);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    void commit();
+
+private:
+    Database& m_db;
+    bool m_done = false;
+};
+
+} // namespace cvd::store

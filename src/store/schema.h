@@ -1,0 +1,38 @@
+#pragma once
+
+#include "store/database.h"
+
+#include <QString>
+#include <optional>
+
+namespace cvd::store {
+
+// The one schema version this program runs on.
+inline constexpr int kDatabaseVersion = 501;
+
+// Create a new database file with all its tables, indexes and default rows. The file appears complete or
+// not at all: it is built under a temporary name and then linked into place, never replacing a file that
+// appeared meanwhile (in which case nothing is done). Throws Error.
+void create_global_database(const QString& path);
+void create_user_database(const QString& path);
+
+// Links the finished file temp_path to path unless path exists, and removes temp_path either way. True when
+// the file got there, false when another file stood at path already (it is left alone). Throws Error when
+// the link fails for another reason.
+bool publish_new_file(const QString& temp_path, const QString& path);
+
+// What an opened file turns out to be. Only reads.
+enum class FileKind {
+    Global,    // the tables of the global database
+    User,      // the tables of the user database
+    OldLayout, // a global database of the oldest layouts: cv_settings has a cv_dbversion column
+    Foreign,   // an SQLite file that is not one of ours
+};
+// Throws Error (NotADb) for a file that is not SQLite at all.
+FileKind classify(Database& db);
+
+// The version a database says it has: database/version in cv_settings, or cv_dbversion in the oldest
+// layouts. nullopt when neither can be read as a number.
+std::optional<int> stored_version(Database& db);
+
+} // namespace cvd::store

@@ -1,0 +1,51 @@
+#include "tools/cvdctl.h"
+
+#include "tools/registry_commands.h"
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::tools {
+
+QString cvdctl_usage_text()
+{
+    return u"Usage: cvdctl COMMAND [ARGUMENTS]\n"
+           "\n"
+           "Talks to Corvane Desk on this machine, for other programs and scripts.\n"
+           "\n"
+           "Machine store (keys are paths such as 'SOFTWARE\\Halvern\\Transfer'; --hive HKLM is the default):\n"
+           "  reg get [--hive HKLM|HKCU] KEY NAME             print a value\n"
+           "  reg set [--hive HKLM|HKCU] [--number] KEY NAME DATA\n"
+           "                                                  write a text or number, creating the key\n"
+           "  reg delete [--hive HKLM|HKCU] KEY [NAME]        delete a value, or the key with all below it\n"
+           "  reg list [--hive HKLM|HKCU] KEY                 list subkeys (ending in \\) and values\n"
+           "\n"
+           "  --help       show this text\n"
+           "  --version    show the version\n"
+           "\n"
+           "The store lies under CVD_REGISTRY_ROOT when it is set.\n"
+           "Exit status: 0 on success, 1 on failure, 2 for wrong arguments.\n"_s;
+}
+
+int run_cvdctl(const QStringList& arguments, QTextStream& out, QTextStream& err)
+{
+    if (arguments.isEmpty()) {
+        err << cvdctl_usage_text();
+        return 2;
+    }
+    const QString& command = arguments.first();
+    if (command == u"--help" || command == u"-h" || command == u"help") {
+        out << cvdctl_usage_text();
+        return 0;
+    }
+    if (command == u"--version") {
+        out << "cvdctl " << CVD_VERSION_TEXT << '\n';
+        return 0;
+    }
+    if (command == u"reg") {
+        return run_registry_command(arguments.mid(1), out, err);
+    }
+    err << "cvdctl: unknown command '" << command << "'; see cvdctl --help\n";
+    return 2;
+}
+
+} // namespace cvd::tools

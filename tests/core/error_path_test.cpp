@@ -1,0 +1,120 @@
+#include "core/app_state.h"
+#include "core/error_path.h"
+#include "store/database.h"
+#include "support/test_environment.h"
+
+#include <cerrno>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd {
+namespace {
+
+const QString kProcedure = u"Procedure: open_database"_s;
+
+// Feeds the same error to the common path until it halts; returns how many failures that took.
+int failures_until_halt(AppState& state, const ErrorInfo& error, int limit)
+{
+    for (int failure = 1; failure <= limit; ++failure) {
+        try {
+            handle_error(state, kProcedure, error);
+        } catch (const ProgramHalted&) {
+            return failure;
+        }
+    }
+    return -1;
+}
+
+TEST(HandleError, ARetryableDatabaseErrorHaltsAtTheEighteenthFailure)
+{
+    testing::TestEnvironment env;
+    auto state = env.make_state();
+    const ErrorInfo busy = database_error_info(store::Error(store::codes::Busy, u"database is locked"_s));
+    ASSERT_TRUE(busy.retryable);
+
+    EXPECT_EQ(failures_until_halt(*state, busy, 100), 18);
+    // Each failure before the halt waited 0.5 s plus the random part (pinned at 0.25).
+    EXPECT_EQ(env.clock.waits.size(), 17);
+    EXPECT_EQ(env.clock.waits.front(), 750);
+    ASSERT_EQ(env.prompter.boxes.size(), 1);
+    EXPECT_EQ(env.prompter.boxes.front().title, u"CorvaneDesk Fatal Error"_s);
+    EXPECT_EQ(env.prompter.boxes.front().text,
+              u"Fatal database error:  5 database is locked in Procedure: open_database Program Halted"_s);
+}
+
+TEST(HandleError, CountersClearedBetweenUnitsGiveFreshRetries)
+{
+    testing::TestEnvironment env;
+    auto state = env.make_state();
+    const ErrorInfo locked = database_error_info(store::Error(store::codes::Locked, u"locked"_s));
+    for (int failure = 0; failure < 17; ++failure) {
+        handle_error(*state, kProcedure, locked);
+    }
+    state->clear_error_counters();
+    EXPECT_EQ(failures_until_halt(*state, locked, 100), 18);
+}
+
+TEST(HandleError, ADatabaseErrorThatNoRetryMendsHaltsAtOnce)
+{
+    testing::TestEnvironment env;
+    auto state = env.make_state();
+    const ErrorInfo corrupt = database_error_info(store::Error(store::codes::NotADb, u"file is not a database"_s));
+    EXPECT_FALSE(corrupt.retryable);
+    EXPECT_EQ(failures_until_halt(*state, corrupt, 5), 1);
+    EXPECT_TRUE(env.clock.waits.isEmpty());
+    EXPECT_TRUE(env.prompter.boxes.front().text.startsWith(u"Fatal database error:  26 "_s));
+}
+
+TEST(HandleError, AFileErrorHaltsAtThe1681stFailure)
+{
+    testing::TestEnvironment env;
+    auto state = env.make_state();
+    const ErrorInfo file = file_error_info(EACCES);
+    EXPECT_EQ(failures_until_halt(*state, file, 5000), 1681);
+    EXPECT_EQ(env.clock.waits.size(), 1680);
+    EXPECT_TRUE(env.prompter.boxes.front().text.startsWith(u"Excessive file errors: 13 "_s));
+    EXPECT_TRUE(env.prompter.boxes.front().text.endsWith(u" in Procedure: open_database"_s));
+}
+
+TEST(HandleError, AnyOtherErrorHaltsAtTheFirstOccurrence)
+{
+    testing::TestEnvironment env;
+    auto state = env.make_state();
+    EXPECT_EQ(failures_until_halt(*state, other_error_info(91, u"Object variable not set"_s), 5), 1);
+    EXPECT_EQ(env.prompter.boxes.front().text, u"Error #91 Object variable not set in Procedure: open_database"_s);
+}
+
+TEST(WithRetry, RunsTheStepAgainUntilItSucceeds)
+{
+    testing::TestEnvironment env;
+    auto state = env.make_state();
+    int attempts = 0;
+    const int value = with_retry(*state, kProcedure, [&] {
+        if (++attempts < 4) {
+            throw store::Error(store::codes::Busy, u"database is locked"_s);
+        }
+        return 42;
+    });
+    EXPECT_EQ(value, 42);
+    EXPECT_EQ(attempts, 4);
+    EXPECT_EQ(env.clock.waits.size(), 3);
+    EXPECT_TRUE(env.prompter.boxes.isEmpty());
+}
+
+TEST(WithRetry, AHaltEndsTheRetries)
+{
+    testing::TestEnvironment env;
+    auto state = env.make_state();
+    int attempts = 0;
+    EXPECT_THROW(with_retry(*state, kProcedure,
+                            [&] {
+                                ++attempts;
+                                throw FileError(ENOSPC);
+                            }),
+                 ProgramHalted);
+    EXPECT_EQ(attempts, 1681);
+}
+
+} // namespace
+} // namespace cvd

@@ -1,0 +1,143 @@
+#include "core/databases.h"
+#include "core/settings.h"
+#include "store/database.h"
+#include "store/schema.h"
+#include "support/test_environment.h"
+
+#include <QDir>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd {
+namespace {
+
+class SettingsTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        state = env.make_state();
+        state->global_db_folder = env.path(u"g/"_s);
+        state->user_db_folder = env.path(u"u/"_s);
+        QDir().mkpath(state->global_db_folder);
+        QDir().mkpath(state->user_db_folder);
+        load_settings(*state);
+    }
+
+    // The value stored in a database's settings table, read straight from the file.
+    std::optional<QString> stored(const QString& path, const QString& category, const QString& name)
+    {
+        store::Database db = store::Database::open(path, store::Database::OpenMode::ReadOnly);
+        store::Statement select =
+            db.prepare(u"SELECT cv_value FROM cv_settings WHERE cv_category = ?1 AND cv_name = ?2"_s);
+        select.bind(1, category).bind(2, name);
+        return select.step() ? select.text(0) : std::nullopt;
+    }
+
+    testing::TestEnvironment env;
+    std::unique_ptr<AppState> state;
+};
+
+TEST_F(SettingsTest, KeysAndCategoriesAreCaseBlind)
+{
+    SettingsStore& settings = state->settings;
+    EXPECT_EQ(settings.get_setting(u"Connector"_s, u"Port"_s), settings.get_setting(u"connector"_s, u"port"_s));
+    EXPECT_EQ(settings.get_setting_text(u"CONNECTOR"_s, u"RETRY_INTERVAL"_s), u"15"_s);
+    settings.put_setting(u"Display"_s, u"Extra1_Label"_s, u"Pager"_s);
+    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Pager"_s);
+    EXPECT_FALSE(settings.get_setting(u"nosuchcategory"_s, u"port"_s).has_value());
+    EXPECT_FALSE(settings.get_setting(u"connector"_s, u"nosuchname"_s).has_value());
+}
+
+TEST_F(SettingsTest, SwitchOnCopiesTheGlobalValueIntoTheUserTableForGood)
+{
+    SettingsStore& settings = state->settings;
+    settings.put_setting(u"level"_s, u"user_sender"_s, u"-1"_s);
+    ASSERT_FALSE(settings.user_table(u"connector"_s)->contains(u"sender"_s));
+
+    EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"%LoginName%"_s);
+    EXPECT_TRUE(settings.user_table(u"connector"_s)->contains(u"sender"_s));
+
+    save_settings(*state);
+    EXPECT_EQ(stored(user_db_path(*state), u"connector"_s, u"sender"_s), u"%LoginName%"_s);
+
+    // A later change of the global value no longer reaches this user.
+    settings.global_table(u"connector"_s)->set(u"sender"_s, u"dispatch"_s);
+    EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"%LoginName%"_s);
+    // And writes go to the user table while the switch is on.
+    settings.put_setting(u"connector"_s, u"sender"_s, u"night desk"_s);
+    EXPECT_EQ(*settings.global_table(u"connector"_s)->find(u"sender"_s), u"dispatch"_s);
+    EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"night desk"_s);
+
+    // Switched off again, the global value is in force.
+    settings.put_setting(u"level"_s, u"user_sender"_s, 0);
+    EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"dispatch"_s);
+}
+
+TEST_F(SettingsTest, WindowStateIsPerUserByDefault)
+{
+    SettingsStore& settings = state->settings;
+    settings.put_setting(u"display"_s, u"send_form_top"_s, 1200);
+    EXPECT_EQ(*settings.user_table(u"display"_s)->find(u"send_form_top"_s), 1200);
+    EXPECT_FALSE(settings.global_table(u"display"_s)->contains(u"send_form_top"_s));
+    save_settings(*state);
+    EXPECT_EQ(stored(user_db_path(*state), u"display"_s, u"send_form_top"_s), u"1200"_s);
+}
+
+TEST_F(SettingsTest, TypedReadersApplyTheirRules)
+{
+    SettingsStore& settings = state->settings;
+    settings.put_setting(u"display"_s, u"extra1_label"_s, u"Room\\035"_s);
+    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Room#"_s);
+
+    settings.put_setting(u"database"_s, u"purge_after"_s, u"45days"_s);
+    EXPECT_EQ(settings.get_setting_long(u"database"_s, u"purge_after"_s), 45);
+    settings.put_setting(u"database"_s, u"purge_after"_s, u"days"_s);
+    EXPECT_EQ(settings.get_setting_long(u"database"_s, u"purge_after"_s), 0);
+    EXPECT_EQ(settings.get_setting_long(u"database"_s, u"missing"_s), 0);
+
+    EXPECT_EQ(settings.get_setting_flag(u"display"_s, u"minimize_to_taskbar"_s), -1);
+    settings.put_setting(u"display"_s, u"warning_popup"_s, true);
+    EXPECT_EQ(settings.get_setting_flag(u"display"_s, u"warning_popup"_s), -1);
+    settings.put_setting(u"display"_s, u"warning_popup"_s, QString());
+    EXPECT_EQ(settings.get_setting_flag(u"display"_s, u"warning_popup"_s), 0);
+    EXPECT_EQ(settings.get_setting_flag(u"display"_s, u"missing"_s), 0);
+    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"missing"_s), QString());
+}
+
+TEST_F(SettingsTest, SaveRewritesBothTablesAndLoadReadsThemBack)
+{
+    SettingsStore& settings = state->settings;
+    settings.put_setting(u"display"_s, u"clear_on_send"_s, true);
+    settings.put_setting(u"logging"_s, u"level"_s, 4);
+    save_settings(*state);
+    EXPECT_EQ(stored(global_db_path(*state), u"display"_s, u"clear_on_send"_s), u"-1"_s);
+    EXPECT_EQ(stored(global_db_path(*state), u"logging"_s, u"level"_s), u"4"_s);
+    // The user database keeps its own version row.
+    EXPECT_EQ(stored(user_db_path(*state), u"database"_s, u"version"_s), u"500"_s);
+
+    SettingsStore reloaded;
+    store::Database global = store::Database::open(global_db_path(*state));
+    reloaded.load_global(global);
+    EXPECT_EQ(reloaded.get_setting_flag(u"display"_s, u"clear_on_send"_s), -1);
+    EXPECT_EQ(reloaded.get_setting_long(u"logging"_s, u"level"_s), 4);
+    EXPECT_EQ(reloaded.get_setting_long(u"database"_s, u"version"_s), 501);
+}
+
+TEST_F(SettingsTest, NullValuesReadAsEmptyAndTheLastDuplicateWins)
+{
+    {
+        store::Database db = store::Database::open(global_db_path(*state));
+        db.exec(u"INSERT INTO cv_settings (cv_category, cv_name, cv_value) VALUES ('display', 'extra2_label', NULL)"_s);
+        db.exec(u"INSERT INTO cv_settings (cv_category, cv_name, cv_value) VALUES ('Connector', 'PORT', '7')"_s);
+    }
+    load_settings(*state);
+    const std::optional<QVariant> extra2 = state->settings.get_setting(u"display"_s, u"extra2_label"_s);
+    ASSERT_TRUE(extra2.has_value());
+    EXPECT_EQ(extra2->toString(), QString());
+    EXPECT_EQ(state->settings.get_setting_long(u"connector"_s, u"port"_s), 7);
+}
+
+} // namespace
+} // namespace cvd

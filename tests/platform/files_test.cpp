@@ -1,0 +1,228 @@
+#include "platform/files.h"
+#include "platform_test_support.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::platform {
+namespace {
+
+using testing::all_entries;
+using testing::run_with_file_size_limit;
+
+void write_plain(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
+QByteArray read_plain(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+}
+
+mode_t permission_bits(const QString& path)
+{
+    struct stat info
+    {
+    };
+    ::stat(QFile::encodeName(path).constData(), &info);
+    return info.st_mode & 07777;
+}
+
+class FilesTest : public ::testing::Test
+{
+protected:
+    QString path(const QString& relative) const { return m_dir.path() + u'/' + relative; }
+    QTemporaryDir m_dir;
+};
+
+TEST_F(FilesTest, ProbesTellFilesFoldersAndMissingPathsApart)
+{
+    write_plain(path(u"file"_s), "x");
+    QDir(m_dir.path()).mkdir(u"folder"_s);
+    QFile::link(path(u"nowhere"_s), path(u"dangling"_s));
+
+    struct Case
+    {
+        QString path;
+        bool exists;
+        bool directory;
+    };
+    const Case cases[] = {
+        {path(u"file"_s), true, false},     {path(u"folder"_s), true, true},       {path(u"folder/"_s), true, true},
+        {path(u"missing"_s), false, false}, {path(u"file/below"_s), false, false}, {path(u"dangling"_s), false, false},
+        {QString(), false, false},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(path_exists(c.path), c.exists) << c.path.toStdString();
+        EXPECT_EQ(is_directory(c.path), c.directory) << c.path.toStdString();
+    }
+}
+
+TEST_F(FilesTest, MakeDirectoryCreatesOneLevelAndReportsWhyItFailed)
+{
+    const FileResult made = make_directory(path(u"level"_s));
+    EXPECT_TRUE(made.ok);
+    EXPECT_TRUE(is_directory(path(u"level"_s)));
+
+    const FileResult again = make_directory(path(u"level"_s));
+    EXPECT_FALSE(again.ok);
+    EXPECT_EQ(again.error, EEXIST);
+
+    const FileResult deep = make_directory(path(u"missing/level"_s));
+    EXPECT_FALSE(deep.ok);
+    EXPECT_EQ(deep.error, ENOENT);
+    EXPECT_FALSE(path_exists(path(u"missing"_s)));
+
+    EXPECT_FALSE(make_directory(QString()).ok);
+}
+
+TEST_F(FilesTest, DirectoryHasEntriesCountsHiddenFilesButNotDots)
+{
+    QDir(m_dir.path()).mkdir(u"empty"_s);
+    QDir(m_dir.path()).mkdir(u"hidden"_s);
+    write_plain(path(u"hidden/.only"_s), "");
+    write_plain(path(u"file"_s), "x");
+
+    EXPECT_FALSE(directory_has_entries(path(u"empty"_s)));
+    EXPECT_TRUE(directory_has_entries(path(u"hidden"_s)));
+    EXPECT_FALSE(directory_has_entries(path(u"missing"_s)));
+    EXPECT_FALSE(directory_has_entries(path(u"file"_s)));
+    EXPECT_FALSE(directory_has_entries(QString()));
+}
+
+TEST_F(FilesTest, RemoveAndRenameReportErrno)
+{
+    write_plain(path(u"a"_s), "first");
+    write_plain(path(u"b"_s), "second");
+
+    EXPECT_TRUE(rename_file(path(u"a"_s), path(u"b"_s)).ok);
+    EXPECT_EQ(read_plain(path(u"b"_s)), "first");
+    EXPECT_FALSE(path_exists(path(u"a"_s)));
+
+    const FileResult missing_rename = rename_file(path(u"a"_s), path(u"c"_s));
+    EXPECT_FALSE(missing_rename.ok);
+    EXPECT_EQ(missing_rename.error, ENOENT);
+
+    EXPECT_TRUE(remove_file(path(u"b"_s)).ok);
+    EXPECT_FALSE(path_exists(path(u"b"_s)));
+    const FileResult missing_remove = remove_file(path(u"b"_s));
+    EXPECT_FALSE(missing_remove.ok);
+    EXPECT_EQ(missing_remove.error, ENOENT);
+
+    QDir(m_dir.path()).mkdir(u"folder"_s);
+    EXPECT_FALSE(remove_file(path(u"folder"_s)).ok);
+    EXPECT_TRUE(is_directory(path(u"folder"_s)));
+}
+
+TEST_F(FilesTest, CopyFileCopiesBytesAndPermissionsAndReplacesTheTarget)
+{
+    QByteArray content;
+    for (int i = 0; i < 200000; ++i) {
+        content += static_cast<char>(i % 251); // larger than one buffer, with NULs and high bytes
+    }
+    write_plain(path(u"source"_s), content);
+    ::chmod(QFile::encodeName(path(u"source"_s)).constData(), 0750);
+    write_plain(path(u"target"_s), "old target that is longer than nothing");
+
+    const FileResult copied = copy_file(path(u"source"_s), path(u"target"_s));
+    ASSERT_TRUE(copied.ok) << error_text(copied.error).toStdString();
+    EXPECT_EQ(read_plain(path(u"target"_s)), content);
+    EXPECT_EQ(permission_bits(path(u"target"_s)), 0750u);
+    EXPECT_EQ(read_plain(path(u"source"_s)), content);
+    EXPECT_EQ(all_entries(m_dir.path()), (QStringList{u"source"_s, u"target"_s}));
+}
+
+TEST_F(FilesTest, CopyFileFailuresLeaveTheTargetAsItWas)
+{
+    write_plain(path(u"target"_s), "old");
+
+    const FileResult missing = copy_file(path(u"missing"_s), path(u"target"_s));
+    EXPECT_FALSE(missing.ok);
+    EXPECT_EQ(missing.error, ENOENT);
+
+    QDir(m_dir.path()).mkdir(u"folder"_s);
+    const FileResult from_folder = copy_file(path(u"folder"_s), path(u"target"_s));
+    EXPECT_FALSE(from_folder.ok);
+    EXPECT_EQ(from_folder.error, EISDIR);
+
+    const FileResult into_missing_folder = copy_file(path(u"target"_s), path(u"nowhere/target"_s));
+    EXPECT_FALSE(into_missing_folder.ok);
+    EXPECT_EQ(into_missing_folder.error, ENOENT);
+
+    // A copy that breaks off part way (the file size limit stands in for a full disk).
+    write_plain(path(u"big"_s), QByteArray(100000, 'n'));
+    const int status = run_with_file_size_limit(1000, [&] {
+        const FileResult result = copy_file(path(u"big"_s), path(u"target"_s));
+        return result.ok ? 0 : result.error == EFBIG ? 1 : 2;
+    });
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(read_plain(path(u"target"_s)), "old");
+    EXPECT_EQ(all_entries(m_dir.path()), (QStringList{u"big"_s, u"folder"_s, u"target"_s}));
+}
+
+TEST_F(FilesTest, AtomicWriteReplacesWholeOrNotAtAll)
+{
+    const QByteArray binary("a\0b\nc\xff", 7);
+    ASSERT_TRUE(write_file_atomically(path(u"value"_s), binary).ok);
+    EXPECT_EQ(read_file_bytes(path(u"value"_s)), std::optional<QByteArray>(binary));
+
+    ASSERT_TRUE(write_file_atomically(path(u"value"_s), "short").ok);
+    EXPECT_EQ(read_file_bytes(path(u"value"_s)), std::optional<QByteArray>("short"));
+
+    ASSERT_TRUE(write_file_atomically(path(u"empty"_s), QByteArray()).ok);
+    EXPECT_EQ(read_file_bytes(path(u"empty"_s)), std::optional<QByteArray>(QByteArray()));
+
+    const int status = run_with_file_size_limit(
+        100, [&] { return write_file_atomically(path(u"value"_s), QByteArray(5000, 'z')).ok ? 0 : 1; });
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(read_file_bytes(path(u"value"_s)), std::optional<QByteArray>("short"));
+    EXPECT_EQ(all_entries(m_dir.path()), (QStringList{u"empty"_s, u"value"_s}));
+
+    const FileResult no_folder = write_file_atomically(path(u"missing/value"_s), "x");
+    EXPECT_FALSE(no_folder.ok);
+    EXPECT_EQ(no_folder.error, ENOENT);
+
+    EXPECT_FALSE(read_file_bytes(path(u"missing"_s)).has_value());
+    QDir(m_dir.path()).mkdir(u"folder"_s);
+    EXPECT_FALSE(read_file_bytes(path(u"folder"_s)).has_value());
+}
+
+TEST(TextFromBytes, ReadsUtf8AndFallsBackToLatin1)
+{
+    struct Case
+    {
+        QByteArray bytes;
+        QString text;
+    };
+    const Case cases[] = {
+        {"", u""_s},
+        {"plain", u"plain"_s},
+        {"Gr\xc3\xbc\xc3\x9f\x65", u"Grüße"_s},
+        {"\xe2\x82\xac 5", u"€ 5"_s},
+        {"caf\xe9", u"café"_s},                       // Latin-1 é
+        {"\xc3", u"Ã"_s},                             // a sequence cut short is not UTF-8
+        {"ok \xc3\xa9 then \xe9", u"ok Ã© then é"_s}, // one bad byte makes the whole text Latin-1
+        {"\xef\xbb\xbfmark", u"\ufeffmark"_s},        // a byte order mark stays part of the text
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(text_from_bytes(c.bytes), c.text) << c.bytes.toHex().toStdString();
+    }
+}
+
+TEST(ErrorText, NamesTheErrno)
+{
+    EXPECT_TRUE(error_text(ENOENT).contains(u"No such file or directory"_s)) << error_text(ENOENT).toStdString();
+    EXPECT_TRUE(error_text(EACCES).contains(u"Permission denied"_s)) << error_text(EACCES).toStdString();
+}
+
+} // namespace
+} // namespace cvd::platform
