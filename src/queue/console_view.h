@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QString>
+
+namespace cvd::queue {
+
+// Whatever shows the dispatcher's work: the console's windows, or the log lines of the program without
+// windows. The dispatcher reports through it and keeps no display state of its own.
+class ConsoleView
+{
+public:
+    virtual ~ConsoleView() = default;
+
+    // The counter panels 2 to 5 of the status bar ("Sched:", "Pend:", "Sent:", "Bad:"). The panel text is
+    // the only memory of the last count.
+    virtual QString counter_panel(int panel) const = 0;
+    virtual void set_counter_panel(int panel, const QString& text) = 0;
+
+    // The engine status label.
+    virtual QString engine_status() const = 0;
+    virtual void set_engine_status(const QString& text) = 0;
+
+    // A line of the engine's activity (the monitor keeps the last 500).
+    virtual void add_activity_line(const QString& line) = 0;
+
+    // Brings the window to the front and shows the failure warning; returns when it was closed.
+    virtual void show_failure_warning() = 0;
+    // The open folders reload what they show.
+    virtual void refresh_open_folders() = 0;
+};
+
+// The panel numbers.
+inline constexpr int kSchedPanel = 2;
+inline constexpr int kPendPanel = 3;
+inline constexpr int kSentPanel = 4;
+inline constexpr int kBadPanel = 5;
+
+// "Delivery Engine", CR LF, "Not Running".
+inline const QString kEngineNotRunningText = QStringLiteral("Delivery Engine\r\nNot Running");
+
+} // namespace cvd::queue

@@ -1,0 +1,107 @@
+#include "queue/counters.h"
+
+#include "core/app_state.h"
+#include "core/clock.h"
+#include "core/error_path.h"
+#include "core/prompter.h"
+#include "core/text.h"
+#include "queue/console_view.h"
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::queue {
+
+namespace {
+
+const QString kCountersProcedure = u"Procedure: send_form update_counters"_s;
+
+// The counts are written with the flag conditions as literals, so that the planner can use the partial
+// index on waiting rows; only the transaction bound is a parameter.
+qint64 count_rows(AppState& state, const QString& sql, bool this_run)
+{
+    return with_retry(state, kCountersProcedure, [&] {
+        store::Statement count = state.global_db.prepare(sql);
+        if (this_run) {
+            count.bind(1, static_cast<qint64>(state.first_transaction));
+        }
+        return count.step() ? count.integer(0).value_or(0) : 0;
+    });
+}
+
+QString panel_text(const QString& word, qint64 count)
+{
+    return word + u' ' + QString::number(count);
+}
+
+} // namespace
+
+void update_counters(AppState& state, ConsoleView& view, CounterState& counters)
+{
+    state.clear_error_counters();
+    const qint64 waiting = count_rows(state,
+                                      u"SELECT count(*) FROM cv_messages WHERE (cv_scheduled = 0) AND (cv_sent = 0) "
+                                      "AND (cv_error = 0) AND (cv_recipient <> 'cvdscreen')"_s,
+                                      false);
+    view.set_counter_panel(kSchedPanel, panel_text(u"Sched:"_s, waiting));
+    yield_to_event_loop();
+    const qint64 pending =
+        count_rows(state,
+                   u"SELECT count(*) FROM cv_messages WHERE (cv_scheduled <> 0) AND (cv_sent = 0) "
+                   "AND (cv_error = 0) AND (cv_transaction > ?1) AND (cv_recipient <> 'cvdscreen')"_s,
+                   true);
+    view.set_counter_panel(kPendPanel, panel_text(u"Pend:"_s, pending));
+    yield_to_event_loop();
+    const qint64 sent = count_rows(state,
+                                   u"SELECT count(*) FROM cv_messages WHERE (cv_sent <> 0) AND (cv_error = 0) "
+                                   "AND (cv_transaction > ?1) AND (cv_recipient <> 'cvdscreen')"_s,
+                                   true);
+    view.set_counter_panel(kSentPanel, panel_text(u"Sent:"_s, sent));
+    yield_to_event_loop();
+
+    // The panel is the only memory of the last failed count; its bare word reads as 0.
+    const qint64 old_bad = static_cast<qint64>(numeric_prefix(view.counter_panel(kBadPanel).mid(4)));
+    const qint64 bad = count_rows(state,
+                                  u"SELECT count(*) FROM cv_messages WHERE (cv_error <> 0) AND (cv_transaction > ?1) "
+                                  "AND (cv_recipient <> 'cvdscreen')"_s,
+                                  true);
+    view.set_counter_panel(kBadPanel, panel_text(u"Bad:"_s, bad));
+    yield_to_event_loop();
+
+    view.refresh_open_folders();
+    // A drop of the count warns too, as it always has.
+    if (old_bad != bad && !counters.counters_changed &&
+        state.settings.get_setting_flag(u"display"_s, u"warning_popup"_s) != 0) {
+        view.show_failure_warning();
+        // Closing the warning brings the counts up to date without a second warning.
+        counters.counters_changed = true;
+        update_counters(state, view, counters);
+    }
+    counters.counters_changed = false;
+}
+
+bool cancel_all_messages(AppState& state, ConsoleView& view)
+{
+    state.clear_error_counters();
+    const BoxAnswer answer = state.prompter.show_box(
+        u"Are you sure you want to cancel all the pending messages (not scheduled or repeating messages)?"_s,
+        u"Cancel Pending Messages"_s, BoxButtons::YesNo, BoxIcon::Question);
+    if (answer != BoxAnswer::Yes) {
+        return false;
+    }
+    try {
+        store::Statement remove =
+            state.global_db.prepare(u"DELETE FROM cv_messages WHERE (cv_sent = 0) AND (cv_repeat_interval = 0) AND "
+                                    "(cv_date_time_requested < ?1)"_s);
+        remove.bind(1, state.clock.now());
+        remove.exec();
+    } catch (const store::Error& error) {
+        // The one routine that reports its failure and leaves without running the statement again.
+        handle_error(state, u"Procedure: cancel_all_messages"_s, database_error_info(error));
+        return false;
+    }
+    yield_to_event_loop();
+    view.set_counter_panel(kPendPanel, u"Pend: 0"_s);
+    return true;
+}
+
+} // namespace cvd::queue

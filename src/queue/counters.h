@@ -1,0 +1,26 @@
+#pragma once
+
+namespace cvd {
+struct AppState;
+}
+
+namespace cvd::queue {
+
+class ConsoleView;
+
+// Set by whoever has just changed the counts on the operator's behalf; while set, a change of the failed
+// count raises no warning. update_counters clears it as its last act.
+struct CounterState
+{
+    bool counters_changed = false;
+};
+
+// The four counts into panels 2 to 5: Waiting rows of every run, and Pending, Sent and Failed rows of this
+// run (transaction above first_transaction), the pseudo recipient "cvdscreen" left out. Refreshes the open
+// folders, and warns when the failed count moved in either direction while the warning_popup setting is on.
+void update_counters(AppState& state, ConsoleView& view, CounterState& counters);
+
+// Asks, and on Yes deletes every unsent, non-repeating row that is already due. True when rows were deleted.
+bool cancel_all_messages(AppState& state, ConsoleView& view);
+
+} // namespace cvd::queue
