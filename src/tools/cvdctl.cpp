@@ -1,5 +1,6 @@
 #include "tools/cvdctl.h"
 
+#include "tools/control_commands.h"
 #include "tools/registry_commands.h"
 
 using namespace Qt::StringLiterals;
@@ -12,6 +13,13 @@ QString cvdctl_usage_text()
            "\n"
            "Talks to Corvane Desk on this machine, for other programs and scripts.\n"
            "\n"
+           "The running program:\n"
+           "  send [--localdb] RECIPIENT SENDER MESSAGE...    hand in a message line; when the program does\n"
+           "                                                  not run, it is enqueued directly\n"
+           "  notify --kind 2|3 TEXT                          an activity line (2) or status text (3)\n"
+           "  stop [--timeout SECONDS]                        ask it to end and wait until it has (30 s)\n"
+           "  status [--localdb]                              whether it runs, its pid and channel, the counts\n"
+           "\n"
            "Machine store (keys are paths such as 'SOFTWARE\\Halvern\\Transfer'; --hive HKLM is the default):\n"
            "  reg get [--hive HKLM|HKCU] KEY NAME             print a value\n"
            "  reg set [--hive HKLM|HKCU] [--number] KEY NAME DATA\n"
@@ -22,7 +30,7 @@ QString cvdctl_usage_text()
            "  --help       show this text\n"
            "  --version    show the version\n"
            "\n"
-           "The store lies under CVD_REGISTRY_ROOT when it is set.\n"
+           "The store lies under CVD_REGISTRY_ROOT, the runtime folder under CVD_RUNTIME_DIR, when they are set.\n"
            "Exit status: 0 on success, 1 on failure, 2 for wrong arguments.\n"_s;
 }
 
@@ -40,6 +48,19 @@ int run_cvdctl(const QStringList& arguments, QTextStream& out, QTextStream& err)
     if (command == u"--version") {
         out << "cvdctl " << CVD_VERSION_TEXT << '\n';
         return 0;
+    }
+    const QStringList rest = arguments.mid(1);
+    if (command == u"send") {
+        return run_send_command(rest, out, err);
+    }
+    if (command == u"notify") {
+        return run_notify_command(rest, out, err);
+    }
+    if (command == u"stop") {
+        return run_stop_command(rest, out, err);
+    }
+    if (command == u"status") {
+        return run_status_command(rest, out, err);
     }
     if (command == u"reg") {
         return run_registry_command(arguments.mid(1), out, err);

@@ -1,0 +1,101 @@
+#include "platform/datagram.h"
+#include "platform/runtime.h"
+#include "store/database.h"
+#include "store/schema.h"
+#include "support/test_environment.h"
+#include "tools/cvdctl.h"
+
+#include <QDir>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::tools {
+namespace {
+
+struct CtlRun
+{
+    int status = 0;
+    QString out;
+    QString err;
+};
+
+CtlRun cvdctl(const QStringList& arguments)
+{
+    CtlRun run;
+    QTextStream out(&run.out);
+    QTextStream err(&run.err);
+    run.status = run_cvdctl(arguments, out, err);
+    out.flush();
+    err.flush();
+    return run;
+}
+
+class CvdctlControl : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        QDir().mkpath(env.global_db_folder());
+        store::create_global_database(global());
+        store::Database db = store::Database::open(global());
+        db.exec(u"INSERT INTO cv_recipients (cv_name, cv_carrier, cv_group) VALUES ('bob', 'tapnet', 0)"_s);
+    }
+    QString global() const { return env.global_db_folder() + u"cvd.mdb"_s; }
+
+    testing::TestEnvironment env;
+};
+
+TEST_F(CvdctlControl, SendEnqueuesDirectlyWhenTheProgramDoesNotRun)
+{
+    const CtlRun sent = cvdctl({u"send"_s, u"bob"_s, u"ops"_s, u"Disk"_s, u"full"_s});
+    EXPECT_EQ(sent.status, 0) << sent.err.toStdString();
+    const CtlRun refused = cvdctl({u"send"_s, u"nobody ops x"_s});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.err.contains(u"nobody"_s));
+
+    const CtlRun status = cvdctl({u"status"_s});
+    EXPECT_EQ(status.status, 0) << status.err.toStdString();
+    EXPECT_TRUE(status.out.contains(u"running: no\n"_s));
+    EXPECT_TRUE(status.out.contains(u"waiting: 1\n"_s)) << status.out.toStdString();
+    EXPECT_TRUE(status.out.contains(u"pending: 0\n"_s));
+}
+
+TEST_F(CvdctlControl, SendAndNotifyGoOverTheChannelWhileTheProgramRuns)
+{
+    auto lock =
+        platform::FileLock::try_lock(env.runtime_dir() + u"/CorvaneDesk.lock"_s, platform::FileLock::Mode::Exclusive);
+    platform::DatagramReceiver receiver;
+    ASSERT_TRUE(receiver.bind(env.runtime_dir() + u"/CorvaneDesk.sock"_s));
+
+    EXPECT_EQ(cvdctl({u"send"_s, u"bob ops Disk full"_s}).status, 0);
+    EXPECT_EQ(cvdctl({u"notify"_s, u"--kind"_s, u"2"_s, u"dialing"_s, u"tapnet"_s}).status, 0);
+    const std::optional<platform::Datagram> line = receiver.receive();
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->kind, 3u);
+    EXPECT_EQ(line->text, u"sendpage bob ops Disk full"_s);
+    const std::optional<platform::Datagram> activity = receiver.receive();
+    ASSERT_TRUE(activity);
+    EXPECT_EQ(activity->kind, 2u);
+    EXPECT_EQ(activity->text, u"dialing tapnet"_s);
+
+    EXPECT_EQ(cvdctl({u"notify"_s, u"--kind"_s, u"7"_s, u"x"_s}).status, 2);
+    EXPECT_TRUE(cvdctl({u"status"_s}).out.contains(u"running: yes\n"_s));
+}
+
+TEST_F(CvdctlControl, StopAsksAndGivesUpAfterItsTimeLimit)
+{
+    const QString transfer = u"SOFTWARE\\Halvern\\Transfer"_s;
+    platform::Registry registry(env.registry_root());
+    ASSERT_TRUE(registry.create_key(platform::Hive::LocalMachine, transfer));
+    ASSERT_TRUE(registry.write_number(platform::Hive::LocalMachine, transfer, u"Running"_s, 1));
+    const CtlRun stuck = cvdctl({u"stop"_s, u"--timeout"_s, u"0"_s});
+    EXPECT_EQ(stuck.status, 1);
+    EXPECT_EQ(registry.read_number(platform::Hive::LocalMachine, transfer, u"Stop"_s), 1);
+
+    ASSERT_TRUE(registry.write_number(platform::Hive::LocalMachine, transfer, u"Running"_s, 0));
+    EXPECT_EQ(cvdctl({u"stop"_s}).status, 0);
+}
+
+} // namespace
+} // namespace cvd::tools
