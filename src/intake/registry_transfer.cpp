@@ -1,0 +1,201 @@
+#include "intake/registry_transfer.h"
+
+#include "core/app_state.h"
+#include "core/clock.h"
+#include "core/error_path.h"
+#include "queue/send_page.h"
+#include "store/database.h"
+#include "store/unique.h"
+
+#include <QCoreApplication>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::intake {
+
+namespace {
+
+constexpr platform::Hive kHive = platform::Hive::LocalMachine;
+
+// Only blanks are trimmed, as other programs have always had it; a tab or newline stays in the text.
+QString trim_blanks(const QString& text)
+{
+    qsizetype begin = 0;
+    qsizetype end = text.size();
+    while (begin < end && text.at(begin) == u' ') {
+        ++begin;
+    }
+    while (end > begin && text.at(end - 1) == u' ') {
+        --end;
+    }
+    return text.mid(begin, end - begin);
+}
+
+QString runtime_file(const QString& runtime_dir, const char* name)
+{
+    QString folder = runtime_dir;
+    if (!folder.endsWith(u'/')) {
+        folder += u'/';
+    }
+    return folder + QLatin1StringView(name);
+}
+
+// The carrier of the recipient row, or nullopt when there is none.
+std::optional<QString> recipient_carrier(AppState& state, const QString& recipient)
+{
+    store::Statement select =
+        state.global_db.prepare(u"SELECT cv_name, cv_carrier FROM cv_recipients WHERE (cv_name = ?1)"_s);
+    select.bind(1, recipient);
+    if (!select.step()) {
+        return std::nullopt;
+    }
+    return select.text(1).value_or(QString());
+}
+
+// Rebuilds one list key with a numeric 0 value per name the query gives. Every failure is passed over.
+void publish_names(AppState& state, const QString& key, const QString& sql)
+{
+    state.registry.delete_key(kHive, key);
+    state.registry.create_key(kHive, key);
+    try {
+        store::Statement select = state.global_db.prepare(sql);
+        while (select.step()) {
+            const QString name = select.text(0).value_or(QString());
+            state.registry.write_number(kHive, key, name, 0);
+        }
+    } catch (const store::Error&) {
+        // The lists are a courtesy to other programs: a failure leaves them short and nothing more.
+    }
+}
+
+// One subkey of `Messages` as the other program left it.
+struct TransferMessage
+{
+    QString recipient;
+    QString sender;
+    QString message;
+};
+
+TransferMessage read_transfer_message(AppState& state, const QString& subkey)
+{
+    const auto text = [&](const QString& name) {
+        return trim_blanks(state.registry.read_text(kHive, subkey, name).value_or(QString()));
+    };
+    return TransferMessage{text(u"To"_s).toLower(), text(u"From"_s), text(u"Message"_s)};
+}
+
+} // namespace
+
+QString transfer_key()
+{
+    return u"SOFTWARE\\Halvern\\Transfer"_s;
+}
+
+QString messages_key()
+{
+    return transfer_key() + u"\\Messages"_s;
+}
+
+QString recipients_key()
+{
+    return transfer_key() + u"\\Recipients"_s;
+}
+
+QString groups_key()
+{
+    return transfer_key() + u"\\Groups"_s;
+}
+
+void UpdateIntegrationSettings(AppState& state, IntegrationState& integration)
+{
+    // The store's own calls report failure by their result; where the user may not write the machine store
+    // the values are simply missing, as they always have been.
+    platform::Registry& registry = state.registry;
+    for (const QString& key : {transfer_key(), messages_key(), recipients_key(), groups_key()}) {
+        registry.create_key(kHive, key);
+    }
+    const QString key = transfer_key();
+    registry.write_text(kHive, key, u"PollingDirectory"_s, state.global_db_folder);
+    registry.write_text(kHive, key, u"StartCommand"_s, state.program_folder + u"cvd /minimized"_s);
+    registry.write_text(kHive, key, u"SendCommand"_s, state.program_folder + u"cvd"_s);
+    registry.write_text(kHive, key, u"DBDir"_s, state.global_db_folder);
+    registry.write_number(kHive, key, u"Handle"_s, QCoreApplication::applicationPid());
+    registry.write_text(kHive, key, u"Socket"_s, integration.socket_path);
+    registry.write_number(kHive, key, u"Stop"_s, 0);
+}
+
+void UpdateIntegrationRunning(AppState& state, IntegrationState& integration, int value)
+{
+    state.registry.create_key(kHive, transfer_key());
+    state.registry.write_number(kHive, transfer_key(), u"Running"_s, value);
+    if (value == 1) {
+        if (!integration.marker_held()) {
+            integration.running_marker = platform::FileLock::try_lock(
+                runtime_file(state.runtime_dir, platform::kRunningMarkerName), platform::FileLock::Mode::Shared);
+        }
+    } else {
+        integration.running_marker.reset();
+    }
+}
+
+bool IntegrationStopRequest(AppState& state)
+{
+    return state.registry.read_number(kHive, transfer_key(), u"Stop"_s) == 1;
+}
+
+void publish_recipients(AppState& state)
+{
+    publish_names(state, recipients_key(), u"SELECT cv_name FROM cv_recipients WHERE (cv_group = 0)"_s);
+}
+
+void publish_groups(AppState& state)
+{
+    publish_names(state, groups_key(), u"SELECT cv_name FROM cv_recipients WHERE (cv_group <> 0)"_s);
+}
+
+bool enqueue_for_known_recipient(AppState& state, const QString& procedure, const QString& recipient,
+                                 const QString& sender, const QString& message)
+{
+    const std::optional<QString> carrier =
+        with_retry(state, procedure, [&] { return recipient_carrier(state, recipient); });
+    yield_to_event_loop();
+    if (!carrier) {
+        return false;
+    }
+    const qint32 transaction = with_retry(state, procedure, [&] { return store::get_unique(state.global_db); });
+    const qint32 retry_interval = with_retry(state, procedure, [&] { return queue::retry_interval_seconds(state); });
+    const queue::NewMessage row{recipient, message, *carrier, sender};
+    with_retry(state, procedure,
+               [&] { return queue::insert_waiting_message(state, row, transaction, retry_interval); });
+    yield_to_event_loop();
+    return true;
+}
+
+void check_registry(AppState& state)
+{
+    const QString procedure = u"Procedure: check_registry"_s;
+    state.clear_error_counters();
+    for (int index = 0;; ++index) {
+        const QString name = state.registry.subkey_at(kHive, messages_key(), index);
+        if (name.isEmpty()) {
+            return;
+        }
+        const QString subkey = messages_key() + u'\\' + name;
+        if (state.registry.read_number(kHive, subkey, u"Ready"_s) != 1) {
+            continue; // the writer has not finished
+        }
+        state.registry.write_number(kHive, subkey, u"Status"_s, 1);
+        const TransferMessage entry = read_transfer_message(state, subkey);
+        if (entry.recipient.isEmpty() || entry.message.isEmpty()) {
+            continue; // stays, and is read again at each tick; a sender may be empty
+        }
+        // An unknown recipient's subkey goes too, without a word to anybody.
+        enqueue_for_known_recipient(state, procedure, entry.recipient, entry.sender, entry.message);
+        state.registry.delete_key(kHive, subkey);
+        // The index moves on past a deleted subkey as well, so the next one is left for the next tick. Kept on
+        // purpose: other programs are used to at most every second ready message being taken per tick.
+    }
+}
+
+} // namespace cvd::intake

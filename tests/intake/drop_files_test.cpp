@@ -1,0 +1,467 @@
+#include "core/app_state.h"
+#include "core/databases.h"
+#include "core/error_path.h"
+#include "intake/drop_files.h"
+#include "store/database.h"
+#include "store/schema.h"
+#include "support/test_environment.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSet>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::intake {
+namespace {
+
+struct Row
+{
+    QString recipient;
+    QString pin;
+    QString message;
+    QString carrier;
+    QString sender;
+    QDateTime requested;
+    QDateTime repeat_stop;
+    QDateTime last_try;
+    qint64 transaction = 0;
+    bool waiting = false; // scheduled, sent and error all false, no repeat, no retries, no priority
+};
+
+QByteArray read_bytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+class DropFilesTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        state = env.make_state();
+        state->program_folder = env.path(u"program/"_s);
+        state->global_db_folder = env.path(u"g/"_s);
+        state->user_db_folder = env.path(u"u/"_s);
+        for (const QString& folder : {state->program_folder, state->global_db_folder, state->user_db_folder}) {
+            QDir().mkpath(folder);
+        }
+        store::create_global_database(global_db_path(*state));
+        state->global_db = store::Database::open(global_db_path(*state));
+        const struct
+        {
+            QString name;
+            QString carrier;
+            int group;
+        } recipients[] = {
+            {u"Bob"_s, u"tapnet"_s, 0},
+            {u"O,Brien"_s, u"pagenet"_s, 0},
+            {u"o'neil"_s, u"quotenet"_s, 0},
+            {u"Abcdefghijklmnopqrstuvwxyzabcdefghijklmn"_s, u"longnet"_s, 0}, // 40 characters
+            {u"Night Shift"_s, u"groupnet"_s, -1},
+            {u"jörg"_s, u"umlautnet"_s, 0},
+        };
+        for (const auto& r : recipients) {
+            store::Statement insert = state->global_db.prepare(
+                u"INSERT INTO cv_recipients (cv_name, cv_carrier, cv_group) VALUES (?1, ?2, ?3)"_s);
+            insert.bind(1, r.name).bind(2, r.carrier).bind(3, r.group).exec();
+        }
+    }
+
+    // Writes a drop file whose last change lies `age_ms` before the pinned now (an hour unless told).
+    QString write_drop(const QString& folder, const QString& name, const QByteArray& content,
+                       qint64 age_ms = 3600 * 1000)
+    {
+        const QString path = folder + name;
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(content);
+        file.close();
+        const qint64 changed = env.clock.now().toMSecsSinceEpoch() - age_ms;
+        const timespec times[2] = {{changed / 1000, (changed % 1000) * 1000000},
+                                   {changed / 1000, (changed % 1000) * 1000000}};
+        EXPECT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
+        return path;
+    }
+
+    QList<Row> rows()
+    {
+        store::Statement select = state->global_db.prepare(
+            u"SELECT cv_recipient, cv_pin, cv_message, cv_carrier, cv_from, cv_date_time_requested, cv_repeat_stop, "
+            "cv_last_try, cv_transaction, cv_scheduled = 0 AND cv_sent = 0 AND cv_error = 0 AND "
+            "cv_repeat_interval = 0 AND cv_retries = 0 AND cv_priority IS NULL FROM cv_messages "
+            "ORDER BY cv_message_id"_s);
+        QList<Row> result;
+        while (select.step()) {
+            result.append({select.text(0).value_or(u"<null>"_s), select.text(1).value_or(u"<null>"_s),
+                           select.text(2).value_or(u"<null>"_s), select.text(3).value_or(u"<null>"_s),
+                           select.text(4).value_or(u"<null>"_s), select.date(5).value_or(QDateTime()),
+                           select.date(6).value_or(QDateTime()), select.date(7).value_or(QDateTime()),
+                           select.integer(8).value_or(0), select.flag(9)});
+        }
+        return result;
+    }
+
+    QStringList messages()
+    {
+        QStringList result;
+        for (const Row& row : rows()) {
+            result.append(row.message);
+        }
+        return result;
+    }
+
+    testing::TestEnvironment env;
+    std::unique_ptr<AppState> state;
+};
+
+TEST_F(DropFilesTest, AGoodFileBecomesOneWaitingRowAndIsDeleted)
+{
+    const QByteArray long_line(1000, 'y');
+    QByteArray huge = "bob\nops\n";
+    for (int line = 0; line < 7000; ++line) {
+        huge += long_line + '\n';
+    }
+    const QString y_line = QString(1000, u'y') + u"\r\n"_s;
+    const struct
+    {
+        QByteArray content;
+        QString recipient;
+        QString sender;
+        QString message;
+        QString carrier;
+    } cases[] = {
+        {"BOB\nOps Desk\nDisk full\n  second line\n", u"bob"_s, u"Ops Desk"_s, u"Disk full\r\n  second line\r\n"_s,
+         u"tapnet"_s},
+        {"bob\nops\n\n", u"bob"_s, u"ops"_s, u"\r\n"_s, u"tapnet"_s}, // empty third line
+        {"bob\nops\nno final line end", u"bob"_s, u"ops"_s, u"no final line end\r\n"_s, u"tapnet"_s},
+        {"bob\r\nops\r\nhi\r\nthere\r\n", u"bob"_s, u"ops"_s, u"hi\r\nthere\r\n"_s, u"tapnet"_s}, // CR LF file
+        {"bob\n\n   hello   \n", u"bob"_s, QString(), u"hello   \r\n"_s, u"tapnet"_s},            // only blanks trimmed
+        {"bob\nops\n\t tab \n", u"bob"_s, u"ops"_s, u"\t tab \r\n"_s, u"tapnet"_s},
+        {"O'Brien\nops\nquoted\n", u"o,brien"_s, u"ops"_s, u"quoted\r\n"_s, u"pagenet"_s},
+        {"o\"brien\nops\nquoted\n", u"o,brien"_s, u"ops"_s, u"quoted\r\n"_s, u"pagenet"_s},
+        {"ABCDEFGHIJKLMNOPQRSTUVWXYZABCDEFGHIJKLMNOP\nops\ncut name\n", // 42 characters
+         u"abcdefghijklmnopqrstuvwxyzabcdefghijklmn"_s, u"ops"_s, u"cut name\r\n"_s, u"longnet"_s},
+        {"night shift\nops\nto a group\n", u"night shift"_s, u"ops"_s, u"to a group\r\n"_s, u"groupnet"_s},
+        {"bob\n" + QByteArray(100, 's') + "\nlong sender\n", u"bob"_s, QString(80, u's'), u"long sender\r\n"_s,
+         u"tapnet"_s},
+        {"bob\nGr\xc3\xbc\xc3\x9f"
+         "e\nK\xc3\xa4se \xe2\x82\xac\n",
+         u"bob"_s, u"Grüße"_s, u"Käse €\r\n"_s, u"tapnet"_s}, // UTF-8
+        // Over 6000 characters: cut, and the blanks the cut leaves at the end trimmed.
+        {"bob\nops\n" + QByteArray(5998, 'x') + "     tail\n", u"bob"_s, u"ops"_s, QString(5998, u'x'), u"tapnet"_s},
+        // A huge file: only the first 6000 characters of the body count.
+        {huge, u"bob"_s, u"ops"_s, y_line.repeated(5) + QString(990, u'y'), u"tapnet"_s},
+    };
+    QSet<qint64> transactions;
+    int index = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.content.left(60).toStdString());
+        const QString path = write_drop(state->program_folder, u"good%1.asc"_s.arg(index++), c.content);
+        check_for_files(*state);
+        EXPECT_FALSE(QFile::exists(path));
+        EXPECT_FALSE(QFile::exists(path + u".bad"_s));
+        const QList<Row> all = rows();
+        ASSERT_EQ(all.size(), index);
+        const Row& row = all.last();
+        EXPECT_EQ(row.recipient, c.recipient);
+        EXPECT_EQ(row.sender, c.sender);
+        EXPECT_EQ(row.message, c.message);
+        EXPECT_EQ(row.carrier, c.carrier);
+        EXPECT_EQ(row.pin, QString());
+        EXPECT_TRUE(row.waiting);
+        EXPECT_EQ(row.requested, env.clock.now());
+        EXPECT_EQ(row.repeat_stop, env.clock.now());
+        EXPECT_EQ(row.last_try, env.clock.now().addSecs(-15)); // the default retry_interval
+        EXPECT_GT(row.transaction, 0);
+        transactions.insert(row.transaction);
+    }
+    EXPECT_EQ(transactions.size(), index); // a fresh transaction for every file
+}
+
+TEST_F(DropFilesTest, ALatin1FileIsReadAsLatin1)
+{
+    const QString path = write_drop(state->global_db_folder, u"latin.asc"_s, "J\xd6RG\nJos\xe9\nCaf\xe9 \xfc\xdf\n");
+    check_for_files(*state);
+    EXPECT_FALSE(QFile::exists(path));
+    const QList<Row> all = rows();
+    ASSERT_EQ(all.size(), 1);
+    EXPECT_EQ(all[0].recipient, u"jörg"_s);
+    EXPECT_EQ(all[0].sender, u"José"_s);
+    EXPECT_EQ(all[0].message, u"Café üß\r\n"_s);
+    EXPECT_EQ(all[0].carrier, u"umlautnet"_s);
+}
+
+TEST_F(DropFilesTest, BothFoldersAreTakenProgramFolderFirst)
+{
+    const QString in_program = write_drop(state->program_folder, u"msg.asc"_s, "bob\nops\nfrom program\n");
+    const QString in_global = write_drop(state->global_db_folder, u"msg.asc"_s, "bob\nops\nfrom global\n");
+    const QString upper = write_drop(state->global_db_folder, u"OTHER.ASC"_s, "bob\nops\nupper case\n");
+    const QString text = write_drop(state->global_db_folder, u"notes.txt"_s, "bob\nops\nnot a drop file\n");
+    const QString hidden = write_drop(state->global_db_folder, u".partial.asc"_s, "bob\nops\nhidden\n");
+    const QString old_bad = write_drop(state->global_db_folder, u"old.asc.bad"_s, "bob\nops\nset aside\n");
+    QDir().mkpath(state->global_db_folder + u"folder.asc"_s);
+
+    check_for_files(*state);
+    EXPECT_EQ(messages(), (QStringList{u"from program\r\n"_s, u"from global\r\n"_s, u"upper case\r\n"_s}));
+    EXPECT_FALSE(QFile::exists(in_program));
+    EXPECT_FALSE(QFile::exists(in_global));
+    EXPECT_FALSE(QFile::exists(upper));
+    for (const QString& untouched : {text, hidden, old_bad}) {
+        EXPECT_TRUE(QFile::exists(untouched)) << untouched.toStdString();
+    }
+    EXPECT_TRUE(QDir(state->global_db_folder + u"folder.asc"_s).exists());
+
+    // A folder that does not exist is passed over.
+    state->program_folder = env.path(u"nowhere/"_s);
+    write_drop(state->global_db_folder, u"again.asc"_s, "bob\nops\nagain\n");
+    check_for_files(*state);
+    EXPECT_EQ(messages().size(), 4);
+}
+
+TEST_F(DropFilesTest, ARefusedFileIsRenamedBadReplacingAnOlderOne)
+{
+    QByteArray binary;
+    for (int i = 0; i < 4096; ++i) {
+        binary += static_cast<char>((i * 7) % 256);
+    }
+    const struct
+    {
+        const char* why;
+        QByteArray content;
+    } cases[] = {
+        {"empty", ""},
+        {"one line", "bob\n"},
+        {"one line without its end", "bob"},
+        {"two lines", "bob\nops\n"},
+        {"two lines without the last end", "bob\nops"},
+        {"two CR LF lines", "bob\r\nops\r\n"},
+        {"unknown recipient", "alice\nops\nhello\n"},
+        {"an apostrophe is looked up as a comma", "o'neil\nops\nhello\n"},
+        {"lines are not trimmed", "bob \nops\nhello\n"},
+        {"binary", binary},
+    };
+    int index = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        const QString path = write_drop(state->global_db_folder, u"refused%1.asc"_s.arg(index++), c.content);
+        write_drop(state->global_db_folder, u"refused%1.asc.bad"_s.arg(index - 1), "an older refused file");
+        check_for_files(*state);
+        EXPECT_FALSE(QFile::exists(path));
+        EXPECT_EQ(read_bytes(path + u".bad"_s), c.content);
+    }
+    check_for_files(*state); // the .bad files are not tried again
+    EXPECT_EQ(rows().size(), 0);
+    EXPECT_EQ(QDir(state->global_db_folder).entryList({u"*.bad"_s}, QDir::Files).size(), index);
+}
+
+// How another program may hold a drop file while it writes it.
+enum class Hold {
+    FlockSharedInChild,
+    FlockExclusiveInChild,
+    FlockOtherDescription,
+    FcntlReadInChild,
+    FcntlWriteInChild,
+    FcntlOfdOtherDescription
+};
+
+bool take_lock(int fd, Hold hold)
+{
+    struct flock range = {};
+    range.l_whence = SEEK_SET;
+    switch (hold) {
+    case Hold::FlockSharedInChild:
+        return ::flock(fd, LOCK_SH | LOCK_NB) == 0;
+    case Hold::FlockExclusiveInChild:
+    case Hold::FlockOtherDescription:
+        return ::flock(fd, LOCK_EX | LOCK_NB) == 0;
+    case Hold::FcntlReadInChild:
+        range.l_type = F_RDLCK;
+        return ::fcntl(fd, F_SETLK, &range) == 0;
+    case Hold::FcntlWriteInChild:
+        range.l_type = F_WRLCK;
+        range.l_start = 2; // a part of the file is enough
+        range.l_len = 3;
+        return ::fcntl(fd, F_SETLK, &range) == 0;
+    case Hold::FcntlOfdOtherDescription:
+        range.l_type = F_WRLCK;
+        return ::fcntl(fd, F_OFD_SETLK, &range) == 0;
+    }
+    return false;
+}
+
+// Holds a lock on a file, in a child process or through a second open file description of this one, until
+// release(). The child reports through one pipe and waits on another, so nothing sleeps.
+class LockHolder
+{
+public:
+    LockHolder(const QString& path, Hold hold)
+    {
+        const QByteArray name = QFile::encodeName(path);
+        if (hold == Hold::FlockOtherDescription || hold == Hold::FcntlOfdOtherDescription) {
+            m_fd = ::open(name.constData(), O_RDWR | O_CLOEXEC);
+            m_locked = m_fd >= 0 && take_lock(m_fd, hold);
+            return;
+        }
+        int ready[2];
+        int release[2];
+        if (::pipe(ready) != 0 || ::pipe(release) != 0) {
+            return;
+        }
+        m_child = ::fork();
+        if (m_child == 0) {
+            ::close(ready[0]);
+            ::close(release[1]);
+            const int fd = ::open(name.constData(), O_RDWR);
+            char answer = fd >= 0 && take_lock(fd, hold) ? '1' : '0';
+            (void)!::write(ready[1], &answer, 1);
+            (void)!::read(release[0], &answer, 1); // returns when the parent closes its end
+            ::_exit(0);
+        }
+        ::close(ready[1]);
+        ::close(release[0]);
+        m_release = release[1];
+        char answer = '0';
+        m_locked = m_child > 0 && ::read(ready[0], &answer, 1) == 1 && answer == '1';
+        ::close(ready[0]);
+    }
+    ~LockHolder() { release(); }
+    LockHolder(const LockHolder&) = delete;
+    LockHolder& operator=(const LockHolder&) = delete;
+
+    bool locked() const { return m_locked; }
+
+    void release()
+    {
+        if (m_fd >= 0) {
+            ::close(m_fd);
+            m_fd = -1;
+        }
+        if (m_release >= 0) {
+            ::close(m_release);
+            m_release = -1;
+        }
+        if (m_child > 0) {
+            int status = 0;
+            ::waitpid(m_child, &status, 0);
+            m_child = -1;
+        }
+    }
+
+private:
+    int m_fd = -1;
+    int m_release = -1;
+    pid_t m_child = -1;
+    bool m_locked = false;
+};
+
+TEST_F(DropFilesTest, AFileHeldByItsWriterWaitsForALaterCall)
+{
+    const struct
+    {
+        const char* how;
+        Hold hold;
+    } cases[] = {
+        {"shared flock in another process", Hold::FlockSharedInChild},
+        {"exclusive flock in another process", Hold::FlockExclusiveInChild},
+        {"flock through another open file description", Hold::FlockOtherDescription},
+        {"fcntl read lock in another process", Hold::FcntlReadInChild},
+        {"fcntl write lock on a range in another process", Hold::FcntlWriteInChild},
+        {"open file description lock in this process", Hold::FcntlOfdOtherDescription},
+    };
+    int index = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.how);
+        const QByteArray content = "bob\nops\nheld " + QByteArray::number(index) + '\n';
+        const QString path = write_drop(state->program_folder, u"held%1.asc"_s.arg(index++), content);
+        LockHolder holder(path, c.hold);
+        ASSERT_TRUE(holder.locked());
+        check_for_files(*state);
+        EXPECT_EQ(read_bytes(path), content); // neither read nor renamed
+        EXPECT_FALSE(QFile::exists(path + u".bad"_s));
+        EXPECT_EQ(rows().size(), index - 1);
+
+        holder.release();
+        check_for_files(*state);
+        EXPECT_FALSE(QFile::exists(path));
+        ASSERT_EQ(rows().size(), index);
+        EXPECT_EQ(rows().last().message, u"held %1\r\n"_s.arg(index - 1));
+    }
+}
+
+TEST_F(DropFilesTest, AFileChangedWithinTheLastSecondWaits)
+{
+    const struct
+    {
+        QString name;
+        qint64 age_ms;
+        bool taken_now;
+    } cases[] = {
+        {u"fresh.asc"_s, 0, false},   {u"half.asc"_s, 500, false},    {u"almost.asc"_s, 999, false},
+        {u"quiet.asc"_s, 1000, true}, {u"ahead.asc"_s, -5000, false}, // changed after now: counts as recent
+    };
+    for (const auto& c : cases) {
+        write_drop(state->global_db_folder, c.name, "bob\nops\n" + c.name.toUtf8() + '\n', c.age_ms);
+    }
+    check_for_files(*state);
+    for (const auto& c : cases) {
+        EXPECT_EQ(QFile::exists(state->global_db_folder + c.name), !c.taken_now) << c.name.toStdString();
+    }
+    EXPECT_EQ(messages(), QStringList{u"quiet.asc\r\n"_s});
+
+    env.clock.advance_seconds(1);
+    check_for_files(*state);
+    EXPECT_EQ(messages().size(), 4);
+    EXPECT_TRUE(QFile::exists(state->global_db_folder + u"ahead.asc"_s));
+
+    env.clock.advance_seconds(5);
+    check_for_files(*state);
+    EXPECT_EQ(messages().size(), 5);
+    EXPECT_EQ(QDir(state->global_db_folder).entryList({u"*.asc*"_s}, QDir::Files).size(), 0);
+}
+
+TEST_F(DropFilesTest, ADatabaseFailureGoesToTheErrorPathAndLeavesTheFile)
+{
+    const QString path = write_drop(state->program_folder, u"msg.asc"_s, "bob\nops\nhello\n");
+    state->global_db.close();
+    EXPECT_THROW(check_for_files(*state), ProgramHalted);
+    ASSERT_EQ(env.prompter.boxes.size(), 1);
+    EXPECT_TRUE(env.prompter.boxes[0].text.contains(u"Procedure: check_for_messages"_s))
+        << env.prompter.boxes[0].text.toStdString();
+    EXPECT_TRUE(QFile::exists(path));
+    EXPECT_FALSE(QFile::exists(path + u".bad"_s));
+}
+
+TEST(ParseDropFile, NeedsAThirdLineAndCutsTheMessageAfterTrimming)
+{
+    const struct
+    {
+        QByteArray content;
+        bool parses;
+        QString message;
+    } cases[] = {
+        {"", false, {}},
+        {"\n", false, {}},
+        {"\n\n", false, {}},
+        {"\n\n\n", true, u"\r\n"_s},
+        {"a\nb\n   ", true, u"\r\n"_s},                             // blanks only: the line end stays
+        {"a\nb\n" + QByteArray(6001, ' ') + 'z', true, u"z\r\n"_s}, // trimmed before the cut
+    };
+    for (const auto& c : cases) {
+        const std::optional<DropMessage> message = parse_drop_file(c.content);
+        ASSERT_EQ(message.has_value(), c.parses) << c.content.left(20).toStdString();
+        if (message) {
+            EXPECT_EQ(message->message, c.message);
+        }
+    }
+}
+
+} // namespace
+} // namespace cvd::intake

@@ -1,0 +1,267 @@
+#include "core/app_state.h"
+#include "core/databases.h"
+#include "intake/registry_transfer.h"
+#include "platform/runtime.h"
+#include "store/database.h"
+#include "store/schema.h"
+#include "support/test_environment.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::intake {
+namespace {
+
+constexpr platform::Hive kHive = platform::Hive::LocalMachine;
+
+struct Row
+{
+    QString recipient;
+    QString sender;
+    QString message;
+    QString carrier;
+};
+
+class RegistryTransferTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        state = env.make_state();
+        state->program_folder = env.program_folder();
+        state->global_db_folder = env.path(u"g/"_s);
+        state->user_db_folder = env.path(u"u/"_s);
+        QDir().mkpath(state->global_db_folder);
+        QDir().mkpath(state->user_db_folder);
+        store::create_global_database(global_db_path(*state));
+        state->global_db = store::Database::open(global_db_path(*state));
+        state->global_db.exec(u"INSERT INTO cv_recipients (cv_name, cv_carrier, cv_group) VALUES "
+                              "('Bob', 'tapnet', 0), ('alice', 'mailnet', 0), ('Ops Team', '', -1), "
+                              "('night', '', -1)"_s);
+    }
+
+    platform::Registry& registry() { return state->registry; }
+
+    // A message subkey as another program writes it: To, From, Message, then Ready when given.
+    void write_message(const QString& name, const QString& to, const QString& from, const QString& message,
+                       std::optional<qint64> ready = 1)
+    {
+        const QString key = messages_key() + u'\\' + name;
+        ASSERT_TRUE(registry().create_key(kHive, key));
+        registry().write_text(kHive, key, u"To"_s, to);
+        registry().write_text(kHive, key, u"From"_s, from);
+        registry().write_text(kHive, key, u"Message"_s, message);
+        if (ready) {
+            registry().write_number(kHive, key, u"Ready"_s, *ready);
+        }
+    }
+
+    QStringList pending() { return registry().subkeys(kHive, messages_key()); }
+
+    QList<Row> rows()
+    {
+        QList<Row> result;
+        store::Statement select = state->global_db.prepare(
+            u"SELECT cv_recipient, cv_from, cv_message, cv_carrier FROM cv_messages ORDER BY cv_message_id"_s);
+        while (select.step()) {
+            result.append({select.text(0).value_or(u"<null>"_s), select.text(1).value_or(u"<null>"_s),
+                           select.text(2).value_or(u"<null>"_s), select.text(3).value_or(u"<null>"_s)});
+        }
+        return result;
+    }
+
+    QStringList row_messages()
+    {
+        QStringList result;
+        for (const Row& row : rows()) {
+            result.append(row.message);
+        }
+        return result;
+    }
+
+    testing::TestEnvironment env;
+    std::unique_ptr<AppState> state;
+};
+
+TEST_F(RegistryTransferTest, SettingsPublishWhereAndHowToReachTheProgramAndClearAnOldStopRequest)
+{
+    // A stop request left behind by a program that has since gone.
+    ASSERT_TRUE(registry().create_key(kHive, transfer_key()));
+    registry().write_number(kHive, transfer_key(), u"Stop"_s, 1);
+
+    IntegrationState integration;
+    integration.socket_path = env.runtime_dir() + u"/CorvaneDesk.sock"_s;
+    UpdateIntegrationSettings(*state, integration);
+
+    for (const QString& key : {transfer_key(), messages_key(), recipients_key(), groups_key()}) {
+        EXPECT_TRUE(registry().key_exists(kHive, key)) << key.toStdString();
+    }
+    const QString key = transfer_key();
+    EXPECT_EQ(registry().value_names(kHive, key),
+              (QStringList{u"DBDir"_s, u"Handle"_s, u"PollingDirectory"_s, u"SendCommand"_s, u"Socket"_s,
+                           u"StartCommand"_s, u"Stop"_s}));
+    EXPECT_EQ(registry().read_text(kHive, key, u"PollingDirectory"_s), state->global_db_folder);
+    EXPECT_EQ(registry().read_text(kHive, key, u"DBDir"_s), state->global_db_folder);
+    EXPECT_EQ(registry().read_text(kHive, key, u"StartCommand"_s), env.program_folder() + u"cvd /minimized"_s);
+    EXPECT_EQ(registry().read_text(kHive, key, u"SendCommand"_s), env.program_folder() + u"cvd"_s);
+    // Handle is a number, the process id; Socket is the channel's path as text.
+    EXPECT_EQ(registry().read_number(kHive, key, u"Handle"_s), QCoreApplication::applicationPid());
+    EXPECT_EQ(registry().read_text(kHive, key, u"Socket"_s), integration.socket_path);
+    EXPECT_EQ(registry().read_number(kHive, key, u"Socket"_s), std::nullopt);
+    EXPECT_EQ(registry().read_number(kHive, key, u"Stop"_s), 0);
+    EXPECT_FALSE(IntegrationStopRequest(*state));
+}
+
+TEST_F(RegistryTransferTest, TheRunningMarkerIsHeldExactlyWhileRunningSaysOne)
+{
+    IntegrationState integration;
+    const QString runtime = state->runtime_dir;
+    ASSERT_FALSE(platform::running_marker_is_held(runtime));
+    const struct
+    {
+        int value;
+        bool held;
+    } steps[] = {
+        {1, true},  {1, true}, // written again on each tick
+        {0, false}, {0, false}, {1, true}, {0, false},
+    };
+    for (const auto& step : steps) {
+        UpdateIntegrationRunning(*state, integration, step.value);
+        EXPECT_EQ(registry().read_number(kHive, transfer_key(), u"Running"_s), step.value);
+        EXPECT_EQ(platform::running_marker_is_held(runtime), step.held) << "after Running " << step.value;
+    }
+    UpdateIntegrationRunning(*state, integration, 1);
+    integration = IntegrationState(); // the program's state goes away with it
+    EXPECT_FALSE(platform::running_marker_is_held(runtime));
+}
+
+TEST_F(RegistryTransferTest, OnlyAStopOfOneIsARequest)
+{
+    EXPECT_FALSE(IntegrationStopRequest(*state)); // no key at all
+    ASSERT_TRUE(registry().create_key(kHive, transfer_key()));
+    EXPECT_FALSE(IntegrationStopRequest(*state)); // no value
+    const struct
+    {
+        QString stored;
+        bool request;
+    } cases[] = {{u"1"_s, true}, {u"0"_s, false}, {u"2"_s, false}, {u"-1"_s, false}, {u"yes"_s, false}};
+    for (const auto& c : cases) {
+        registry().write_text(kHive, transfer_key(), u"Stop"_s, c.stored);
+        EXPECT_EQ(IntegrationStopRequest(*state), c.request) << c.stored.toStdString();
+    }
+}
+
+TEST_F(RegistryTransferTest, PublishingRebuildsThePlainAndTheGroupList)
+{
+    ASSERT_TRUE(registry().create_key(kHive, recipients_key()));
+    registry().write_number(kHive, recipients_key(), u"Old Name"_s, 0); // a recipient renamed since
+    publish_recipients(*state);
+    publish_groups(*state);
+
+    EXPECT_EQ(registry().value_names(kHive, recipients_key()), (QStringList{u"Bob"_s, u"alice"_s}));
+    EXPECT_EQ(registry().value_names(kHive, groups_key()), (QStringList{u"Ops Team"_s, u"night"_s}));
+    for (const QString& key : {recipients_key(), groups_key()}) {
+        for (const QString& name : registry().value_names(kHive, key)) {
+            EXPECT_EQ(registry().read_number(kHive, key, name), 0) << name.toStdString();
+        }
+    }
+
+    // A database failure is passed over: the key is rebuilt empty and nobody is told.
+    state->global_db.close();
+    publish_recipients(*state);
+    EXPECT_TRUE(registry().key_exists(kHive, recipients_key()));
+    EXPECT_TRUE(registry().value_names(kHive, recipients_key()).isEmpty());
+    EXPECT_TRUE(env.prompter.boxes.isEmpty());
+}
+
+TEST_F(RegistryTransferTest, AReadyMessageBecomesOneRowWithTrimmedFieldsAndItsSubkeyGoes)
+{
+    ASSERT_TRUE(registry().create_key(kHive, messages_key()));
+    write_message(u"job-17"_s, u"  BOB  "_s, u" ops desk "_s, u"  Disk full on 'db1'  "_s);
+    state->error_count = 4;
+    check_registry(*state);
+
+    EXPECT_EQ(state->error_count, 0);
+    const QList<Row> made = rows();
+    ASSERT_EQ(made.size(), 1);
+    EXPECT_EQ(made[0].recipient, u"bob"_s);
+    EXPECT_EQ(made[0].sender, u"ops desk"_s);
+    EXPECT_EQ(made[0].message, u"Disk full on 'db1'"_s);
+    EXPECT_EQ(made[0].carrier, u"tapnet"_s);
+    EXPECT_TRUE(pending().isEmpty());
+
+    store::Statement row =
+        state->global_db.prepare(u"SELECT cv_transaction, cv_last_try, cv_sent, cv_scheduled FROM cv_messages"_s);
+    ASSERT_TRUE(row.step());
+    EXPECT_GT(row.integer(0).value_or(0), 0);
+    EXPECT_EQ(row.date(1), env.clock.now().addSecs(-15)); // due for the engine at once
+    EXPECT_EQ(row.integer(2), 0);
+    EXPECT_EQ(row.integer(3), 0);
+}
+
+TEST_F(RegistryTransferTest, IncompleteMessagesStayAndOnlyReadyOnesAreMarked)
+{
+    ASSERT_TRUE(registry().create_key(kHive, messages_key()));
+    write_message(u"a-no-ready"_s, u"bob"_s, u"ops"_s, u"text"_s, std::nullopt);
+    write_message(u"b-ready-0"_s, u"bob"_s, u"ops"_s, u"text"_s, 0);
+    write_message(u"c-no-text"_s, u"bob"_s, u"ops"_s, u"   "_s);
+    write_message(u"d-no-recipient"_s, u"  "_s, u"ops"_s, u"text"_s);
+    for (int tick = 0; tick < 2; ++tick) {
+        check_registry(*state);
+    }
+    EXPECT_EQ(pending(), (QStringList{u"a-no-ready"_s, u"b-ready-0"_s, u"c-no-text"_s, u"d-no-recipient"_s}));
+    const struct
+    {
+        QString name;
+        std::optional<qint64> status;
+    } expected[] = {
+        {u"a-no-ready"_s, std::nullopt}, {u"b-ready-0"_s, std::nullopt}, {u"c-no-text"_s, 1}, {u"d-no-recipient"_s, 1}};
+    for (const auto& e : expected) {
+        EXPECT_EQ(registry().read_number(kHive, messages_key() + u'\\' + e.name, u"Status"_s), e.status)
+            << e.name.toStdString();
+    }
+    EXPECT_TRUE(rows().isEmpty());
+
+    // Once the writer finishes, the message is taken.
+    registry().write_number(kHive, messages_key() + u"\\a-no-ready"_s, u"Ready"_s, 1);
+    check_registry(*state);
+    EXPECT_EQ(row_messages(), QStringList{u"text"_s});
+    EXPECT_FALSE(pending().contains(u"a-no-ready"_s));
+}
+
+TEST_F(RegistryTransferTest, AnUnknownRecipientsMessageVanishesWithoutARow)
+{
+    ASSERT_TRUE(registry().create_key(kHive, messages_key()));
+    write_message(u"m1"_s, u"Nobody"_s, u"ops"_s, u"hello"_s);
+    check_registry(*state);
+    EXPECT_TRUE(pending().isEmpty());
+    EXPECT_TRUE(rows().isEmpty());
+    EXPECT_TRUE(env.prompter.boxes.isEmpty());
+}
+
+TEST_F(RegistryTransferTest, AtMostEverySecondReadyMessageIsTakenPerTick)
+{
+    ASSERT_TRUE(registry().create_key(kHive, messages_key()));
+    for (const QString& name : {u"m1"_s, u"m2"_s, u"m3"_s, u"m4"_s, u"m5"_s}) {
+        write_message(name, u"alice"_s, QString(), name);
+    }
+    // After a deletion the next subkey moves up to the index just used and waits for the next tick.
+    const QList<QStringList> ticks = {
+        {u"m1"_s, u"m3"_s, u"m5"_s},
+        {u"m1"_s, u"m3"_s, u"m5"_s, u"m2"_s},
+        {u"m1"_s, u"m3"_s, u"m5"_s, u"m2"_s, u"m4"_s},
+    };
+    for (const QStringList& taken : ticks) {
+        check_registry(*state);
+        EXPECT_EQ(row_messages(), taken);
+    }
+    EXPECT_TRUE(pending().isEmpty());
+    EXPECT_EQ(rows().first().carrier, u"mailnet"_s);
+    EXPECT_EQ(rows().first().sender, QString()); // a sender may be empty
+}
+
+} // namespace
+} // namespace cvd::intake
