@@ -11,6 +11,8 @@
 #include "store/schema.h"
 #include "store/unique.h"
 
+#include <QDir>
+
 using namespace Qt::StringLiterals;
 
 namespace cvd {
@@ -33,6 +35,25 @@ CommandLine parse_command_line(const QString& text)
     return parsed;
 }
 
+void fix_folders(AppState& state)
+{
+    const QString common_root = platform::common_data_root();
+    const QString user_root = platform::user_data_root();
+    if (!state.local_db) {
+        // The roots are asked for with "create" as well: a new account has no data folder yet.
+        for (const QString& root : {common_root, user_root}) {
+            if (!root.isEmpty()) {
+                QDir().mkpath(root);
+            }
+        }
+    }
+    const platform::DataFolders folders =
+        platform::resolve_data_folders(state.local_db, state.program_folder, common_root, user_root,
+                                       state.app_version_folder, [](const QString& level) { makedir(level); });
+    state.global_db_folder = folders.global_db_folder;
+    state.user_db_folder = folders.user_db_folder;
+}
+
 namespace {
 
 const QString kMainProcedure = u"Procedure: main"_s;
@@ -48,15 +69,6 @@ StartupResult running()
 StartupResult exit_with(int code, const QString& reason)
 {
     return {StartupOutcome::Exit, code, reason};
-}
-
-void fix_folders(AppState& state)
-{
-    const platform::DataFolders folders = platform::resolve_data_folders(
-        state.local_db, state.program_folder, platform::common_data_root(), platform::user_data_root(),
-        state.app_version_folder, [](const QString& level) { makedir(level); });
-    state.global_db_folder = folders.global_db_folder;
-    state.user_db_folder = folders.user_db_folder;
 }
 
 // A database found beside the program is taken as the start of a new installation.

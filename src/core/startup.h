@@ -19,6 +19,10 @@ struct CommandLine
 // so a switch glued between other characters still counts and leaves those characters behind.
 CommandLine parse_command_line(const QString& text);
 
+// Fixes global_db_folder and user_db_folder from local_db and program_folder, creating every level that is
+// missing.
+void fix_folders(AppState& state);
+
 // The steps that belong to layers above the core, handed in by the program.
 struct StartupHooks
 {

@@ -18,8 +18,13 @@ int scan_processes(AppState& state, const QString& proc_root)
     const QList<platform::ProcessEntry> processes = platform::list_processes(kProcessTableSize, proc_root);
     int count = 0;
     for (const platform::ProcessEntry& process : processes) {
-        // The program file's name where it can be read, as the module name was; otherwise the process name.
-        state.process_table[count++] = process.exe_name.isEmpty() ? process.name : process.exe_name;
+        // The program file's name, and the process's own name where that differs: an engine that is a
+        // script runs as its interpreter but carries its own name.
+        QString entry = process.exe_name;
+        if (process.name != process.exe_name) {
+            entry = entry.isEmpty() ? process.name : entry + u' ' + process.name;
+        }
+        state.process_table[count++] = entry;
     }
     yield_to_event_loop();
     return count;

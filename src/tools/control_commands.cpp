@@ -6,6 +6,7 @@
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "core/file_ops.h"
+#include "core/startup.h"
 #include "platform/datagram.h"
 #include "platform/folders.h"
 #include "platform/registry.h"
