@@ -92,6 +92,17 @@ TEST_F(StartupTest, AFirstStartCreatesBothDatabasesInTheDataFolders)
         1);
 }
 
+TEST_F(StartupTest, DataRootsThatDoNotExistYetAreCreated)
+{
+    const QString common = env.path(u"fresh/var/lib"_s);
+    const QString data = env.path(u"fresh/home/.local/share"_s);
+    qputenv("CVD_COMMON_APPDATA", common.toUtf8());
+    qputenv("XDG_DATA_HOME", data.toUtf8());
+    ASSERT_EQ(start().outcome, StartupOutcome::Running);
+    EXPECT_TRUE(QFile::exists(common + u"/Halvern/Corvane Desk/5.0/cvd.mdb"_s));
+    EXPECT_TRUE(QFile::exists(data + u"/Halvern/Corvane Desk/5.0/cvd.mdb"_s));
+}
+
 TEST_F(StartupTest, TheLocalFormKeepsTheDatabasesBesideTheProgramCrossed)
 {
     ASSERT_EQ(start(u"/localdb"_s).outcome, StartupOutcome::Running);
