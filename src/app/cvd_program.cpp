@@ -1,5 +1,6 @@
 #include "app/cvd_program.h"
 
+#include "app/headless_view.h"
 #include "app/stop_signals.h"
 #include "app/terminal_prompter.h"
 #include "core/app_state.h"
@@ -7,12 +8,16 @@
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "core/startup.h"
+#include "engine_link/supervision.h"
 #include "platform/folders.h"
 #include "platform/registry.h"
 #include "platform/runtime.h"
+#include "queue/poll_loop.h"
 #include "queue/send_page.h"
 
 #include <QCoreApplication>
+#include <QSocketNotifier>
+#include <QTimer>
 #include <cstdio>
 #include <unistd.h>
 
@@ -88,8 +93,45 @@ int run_program(AppState& state, const ProgramOptions& options, QCoreApplication
         }
         return started.exit_code;
     }
+    HeadlessView view;
+    queue::Dispatcher dispatcher(state, view, engine_link::start_detached);
+    QString channel_error;
+    if (!dispatcher.load(state.runtime_dir + u'/' + QLatin1StringView(platform::kSocketName), &channel_error)) {
+        std::fprintf(stderr, "cvd: cannot open the local channel: %s\n", qUtf8Printable(channel_error));
+        orderly_shutdown(state);
+        return kExitFailure;
+    }
+    QSocketNotifier channel_notifier(dispatcher.channel().fd(), QSocketNotifier::Read);
+    QObject::connect(&channel_notifier, &QSocketNotifier::activated, &application,
+                     [&dispatcher] { dispatcher.receive(); });
+    // The timer is off while a tick runs and is armed again from its end, so ticks never overlap.
+    QTimer repeat_timer;
+    repeat_timer.setSingleShot(true);
+    std::optional<QString> halted; // the common error path ended the program inside a tick
+    QObject::connect(&repeat_timer, &QTimer::timeout, &application, [&] {
+        queue::Dispatcher::TickResult result;
+        try {
+            result = dispatcher.tick();
+        } catch (const ProgramHalted& halt) {
+            halted = halt.text();
+            application.quit();
+            return;
+        }
+        if (result.stop_requested) {
+            application.quit();
+            return;
+        }
+        repeat_timer.start(result.next_interval_ms);
+    });
+    repeat_timer.start(queue::kFastTickMs);
     log_line(u"cvd: running (pid "_s + QString::number(::getpid()) + u"), global database "_s + global_db_path(state));
     application.exec();
+    repeat_timer.stop();
+    channel_notifier.setEnabled(false);
+    if (halted) {
+        throw ProgramHalted(*halted);
+    }
+    dispatcher.unload();
     orderly_shutdown(state);
     log_line(u"cvd: stopped"_s);
     return kExitOk;

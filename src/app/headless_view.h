@@ -1,0 +1,34 @@
+#pragma once
+
+#include "queue/console_view.h"
+
+#include <QMap>
+#include <cstdio>
+
+namespace cvd::app {
+
+// The console view of the program without windows: every change becomes one log line on stdout
+// ("counters: ...", "engine: ...", "activity: ...", "warning: ...").
+class HeadlessView : public queue::ConsoleView
+{
+public:
+    explicit HeadlessView(std::FILE* log = stdout);
+
+    QString counter_panel(int panel) const override;
+    void set_counter_panel(int panel, const QString& text) override;
+    QString engine_status() const override { return m_status; }
+    void set_engine_status(const QString& text) override;
+    void add_activity_line(const QString& line) override;
+    void show_failure_warning() override;
+    void refresh_open_folders() override;
+
+private:
+    void write_line(const QString& line);
+
+    std::FILE* m_log;
+    QMap<int, QString> m_panels;
+    QString m_logged_counters;
+    QString m_status;
+};
+
+} // namespace cvd::app
