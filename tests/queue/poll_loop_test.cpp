@@ -1,0 +1,114 @@
+#include "core/app_state.h"
+#include "core/databases.h"
+#include "platform/datagram.h"
+#include "platform/runtime.h"
+#include "queue/poll_loop.h"
+#include "store/database.h"
+#include "store/schema.h"
+#include "support/recording_view.h"
+#include "support/test_environment.h"
+
+#include <QDir>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::queue {
+namespace {
+
+const QString kTransfer = u"SOFTWARE\\Halvern\\Transfer"_s;
+
+class PollLoopTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        state = env.make_state();
+        state->program_folder = env.program_folder();
+        state->global_db_folder = env.path(u"g/"_s);
+        state->user_db_folder = env.path(u"u/"_s);
+        QDir().mkpath(state->global_db_folder);
+        QDir().mkpath(state->user_db_folder);
+        load_settings(*state);
+        state->global_db.exec(
+            u"INSERT INTO cv_recipients (cv_name, cv_id, cv_carrier, cv_group, cv_on_call) VALUES "
+            "('bob', '5551', 'tapnet', 0, 0), ('carol', '5552', 'tapnet', 0, 0), ('ops', '', '', -1, 0)"_s);
+        state->global_db.exec(
+            u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES ('ops', 'bob'), ('ops', 'carol')"_s);
+        state->startup_complete = true;
+        dispatcher = std::make_unique<Dispatcher>(
+            *state, view, [this](const QString& program, const QStringList&) { starts.append(program); });
+        socket = env.runtime_dir() + u"/CorvaneDesk.sock"_s;
+        ASSERT_TRUE(dispatcher->load(socket));
+    }
+
+    qint64 scalar(const QString& sql)
+    {
+        store::Statement select = state->global_db.prepare(sql);
+        return select.step() ? select.integer(0).value_or(-1) : -1;
+    }
+
+    testing::TestEnvironment env;
+    testing::RecordingView view;
+    std::unique_ptr<AppState> state;
+    std::unique_ptr<Dispatcher> dispatcher;
+    QStringList starts;
+    QString socket;
+};
+
+TEST_F(PollLoopTest, LoadPublishesTheProgramAndTheFirstTickStartsTheEngine)
+{
+    EXPECT_EQ(state->registry.read_number(platform::Hive::LocalMachine, kTransfer, u"Running"_s), 1);
+    EXPECT_EQ(state->registry.read_text(platform::Hive::LocalMachine, kTransfer, u"Socket"_s), socket);
+    EXPECT_TRUE(platform::running_marker_is_held(env.runtime_dir()));
+
+    const Dispatcher::TickResult first = dispatcher->tick();
+    EXPECT_EQ(first.next_interval_ms, kRegularTickMs);
+    EXPECT_FALSE(first.stop_requested);
+    EXPECT_EQ(starts, QStringList{env.program_folder() + u"cvddial"_s});
+    EXPECT_EQ(view.panels.value(kSchedPanel), u"Sched: 0"_s);
+
+    dispatcher->unload();
+    EXPECT_EQ(state->registry.read_number(platform::Hive::LocalMachine, kTransfer, u"Running"_s), 0);
+    EXPECT_FALSE(platform::running_marker_is_held(env.runtime_dir()));
+}
+
+TEST_F(PollLoopTest, AGroupExpansionBringsTheNextTickSoonAndOnlyOnce)
+{
+    state->global_db.exec(
+        u"INSERT INTO cv_messages (cv_recipient, cv_pin, cv_message, cv_carrier, cv_date_time_requested, cv_from, "
+        "cv_sent, cv_error, cv_scheduled, cv_repeat_interval, cv_repeat_stop, cv_retries, cv_transaction) VALUES "
+        "('ops', '', 'group page', '', '2026-11-23 09:00:00', '', 0, 0, 0, 0, '2026-11-23 09:00:00', 0, 7)"_s);
+    EXPECT_EQ(dispatcher->tick().next_interval_ms, kFastTickMs);
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_messages WHERE cv_message = 'group page' AND cv_scheduled <> 0 AND "
+                     "cv_sent = 0"_s),
+              2);
+    EXPECT_EQ(view.panels.value(kPendPanel), u"Pend: 2"_s);
+    EXPECT_EQ(dispatcher->tick().next_interval_ms, kRegularTickMs);
+}
+
+TEST_F(PollLoopTest, ChannelTextsAreNotedAtOnceAndMessageLinesTakenOnTheNextTick)
+{
+    ASSERT_TRUE(platform::send_datagram(socket, 2, u"dialing tapnet"_s));
+    ASSERT_TRUE(platform::send_datagram(socket, 3, u"Connected"_s));
+    ASSERT_TRUE(platform::send_datagram(socket, 3, u"SendPage carol ops from the channel"_s));
+    dispatcher->receive();
+    EXPECT_EQ(view.activity, QStringList{u"dialing tapnet"_s});
+    EXPECT_EQ(view.status, u"Connected"_s);
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_messages"_s), 0);
+
+    dispatcher->tick();
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'carol' AND cv_pin = '5552' AND "
+                     "cv_scheduled <> 0"_s),
+              1);
+}
+
+TEST_F(PollLoopTest, AStopRequestEndsTheLoop)
+{
+    EXPECT_FALSE(dispatcher->tick().stop_requested);
+    ASSERT_TRUE(state->registry.write_number(platform::Hive::LocalMachine, kTransfer, u"Stop"_s, 1));
+    EXPECT_TRUE(dispatcher->tick().stop_requested);
+}
+
+} // namespace
+} // namespace cvd::queue
