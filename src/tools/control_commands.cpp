@@ -52,6 +52,22 @@ bool program_runs()
     return platform::program_is_running(platform::runtime_folder());
 }
 
+// The channel holds only a few datagrams while the program is busy in a tick; a full channel is tried again
+// for a while before the send counts as failed.
+bool send_to_program(quint32 kind, const QString& text, QString* error)
+{
+    constexpr int kTries = 50;
+    for (int attempt = 1;; ++attempt) {
+        if (platform::send_datagram(channel_path(), kind, text, error)) {
+            return true;
+        }
+        if (attempt == kTries || !program_runs()) {
+            return false;
+        }
+        QThread::msleep(100);
+    }
+}
+
 // A program state for working on the databases directly, with the folders the program would use.
 struct DirectAccess
 {
@@ -90,7 +106,7 @@ int run_send_command(const QStringList& arguments, QTextStream& out, QTextStream
     const QString line = rest.join(u' ');
     if (program_runs()) {
         QString error;
-        if (platform::send_datagram(channel_path(), kStatusKind, u"sendpage "_s + line, &error)) {
+        if (send_to_program(kStatusKind, u"sendpage "_s + line, &error)) {
             out << "handed to the running program\n";
             return kOk;
         }
@@ -129,7 +145,7 @@ int run_notify_command(const QStringList& arguments, QTextStream& out, QTextStre
         return kFailed;
     }
     QString error;
-    if (!platform::send_datagram(channel_path(), kind, arguments.mid(2).join(u' '), &error)) {
+    if (!send_to_program(kind, arguments.mid(2).join(u' '), &error)) {
         err << "cvdctl notify: " << error << '\n';
         return kFailed;
     }
