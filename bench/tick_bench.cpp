@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
+#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -21,8 +22,10 @@ namespace {
 class SilentPrompter : public cvd::Prompter
 {
 public:
-    cvd::BoxAnswer show_box(const QString&, const QString&, cvd::BoxButtons, cvd::BoxIcon) override
+    cvd::BoxAnswer show_box(const QString& text, const QString& title, cvd::BoxButtons, cvd::BoxIcon) override
     {
+        // A box in a benchmark is a failure of the set-up; say what it was.
+        std::fprintf(stderr, "%s: %s\n", qUtf8Printable(title), qUtf8Printable(text));
         return cvd::BoxAnswer::No;
     }
     std::optional<QString> ask_password(cvd::PasswordKind, const QString&) override { return std::nullopt; }
@@ -68,7 +71,8 @@ void BM_IdleTickOverHistory(benchmark::State& bench)
     cvd::SystemClock clock;
     cvd::AppState state(prompter, clock, cvd::platform::Registry(dir.path() + u"/registry"_s), dir.path());
     state.global_db_folder = dir.path() + u"/"_s;
-    state.user_db_folder = dir.path() + u"/"_s;
+    state.user_db_folder = dir.path() + u"/user/"_s;
+    QDir().mkpath(state.user_db_folder);
     state.program_folder = dir.path() + u"/program/"_s;
     cvd::store::create_global_database(cvd::global_db_path(state));
     {
