@@ -1,5 +1,7 @@
 #include "addressbook/carrier_rules.h"
 
+#include "core/text.h"
+
 #include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
@@ -7,20 +9,6 @@
 namespace cvd::addressbook {
 
 namespace {
-
-// Only blanks are trimmed; a tab stays in the text (and makes a name illegal).
-QString trim_blanks(const QString& text)
-{
-    qsizetype first = 0;
-    qsizetype last = text.size();
-    while (first < last && text.at(first) == u' ') {
-        ++first;
-    }
-    while (last > first && text.at(last - 1) == u' ') {
-        --last;
-    }
-    return text.mid(first, last - first);
-}
 
 // Cuts to `count` characters, never between the two halves of a surrogate pair.
 QString cut_to(const QString& text, qsizetype count)
@@ -58,43 +46,6 @@ QString clamp_number_text(BoxRule rule, const QString& trimmed)
         return QString::number(limits.high);
     }
     return trimmed;
-}
-
-bool is_skipped_blank(QChar ch)
-{
-    return ch == u' ' || ch == u'\t' || ch == u'\n' || ch == u'\r';
-}
-
-int digit_value(QChar ch)
-{
-    const char16_t code = ch.unicode();
-    if (code >= u'0' && code <= u'9') {
-        return code - u'0';
-    }
-    if (code >= u'a' && code <= u'f') {
-        return code - u'a' + 10;
-    }
-    if (code >= u'A' && code <= u'F') {
-        return code - u'A' + 10;
-    }
-    return -1;
-}
-
-double read_radix_digits(const QString& text, qsizetype pos, int base)
-{
-    double value = 0;
-    for (; pos < text.size(); ++pos) {
-        const QChar ch = text.at(pos);
-        if (is_skipped_blank(ch)) {
-            continue;
-        }
-        const int digit = digit_value(ch);
-        if (digit < 0 || digit >= base) {
-            break;
-        }
-        value = value * base + digit;
-    }
-    return value;
 }
 
 } // namespace
@@ -159,46 +110,7 @@ qint32 box_number(BoxRule rule, const QString& text)
 
 double leading_number(const QString& text)
 {
-    qsizetype pos = 0;
-    while (pos < text.size() && is_skipped_blank(text.at(pos))) {
-        ++pos;
-    }
-    if (pos + 1 < text.size() && text.at(pos) == u'&') {
-        const QChar radix = text.at(pos + 1).toUpper();
-        if (radix == u'H' || radix == u'O') {
-            return read_radix_digits(text, pos + 2, radix == u'H' ? 16 : 8);
-        }
-    }
-    // Gather sign, digits, point and exponent without the blanks, then let the locale-free parser read it.
-    QString number;
-    bool seen_point = false;
-    bool seen_exponent = false;
-    for (; pos < text.size(); ++pos) {
-        const QChar ch = text.at(pos);
-        if (is_skipped_blank(ch)) {
-            continue;
-        }
-        const bool at_start = number.isEmpty() || number.endsWith(u'e');
-        if ((ch == u'+' || ch == u'-') && at_start) {
-            number.append(ch);
-        } else if (ch >= u'0' && ch <= u'9') {
-            number.append(ch);
-        } else if (ch == u'.' && !seen_point && !seen_exponent) {
-            seen_point = true;
-            number.append(ch);
-        } else if (QStringLiteral("eEdD").contains(ch) && !seen_exponent && !number.isEmpty()) {
-            seen_exponent = true;
-            number.append(u'e');
-        } else {
-            break;
-        }
-    }
-    while (!number.isEmpty() && !number.back().isDigit() && number.back() != u'.') {
-        number.chop(1); // a dangling exponent or sign
-    }
-    bool ok = false;
-    const double value = number.toDouble(&ok);
-    return ok && std::isfinite(value) ? value : 0.0;
+    return numeric_prefix(text);
 }
 
 std::optional<double> strict_number(const QString& text)

@@ -28,6 +28,19 @@ QString normalize_id(const QString& text)
     return key;
 }
 
+QString trim_blanks(const QString& text)
+{
+    qsizetype first = 0;
+    qsizetype last = text.size();
+    while (first < last && text.at(first) == u' ') {
+        ++first;
+    }
+    while (last > first && text.at(last - 1) == u' ') {
+        --last;
+    }
+    return text.mid(first, last - first);
+}
+
 QString pad_or_cut(const QString& text, int width)
 {
     if (width <= 0) {

@@ -8,6 +8,9 @@ namespace cvd {
 // blank, "(", "," and "." turned into "_", everything else dropped; runs of "--" and "__" squeezed.
 QString normalize_id(const QString& text);
 
+// Takes blanks off both ends, and only blanks: tabs and line ends stay, as the intake paths have always had it.
+QString trim_blanks(const QString& text);
+
 // Cuts on the right, or pads with leading blanks, to exactly `width` characters.
 QString pad_or_cut(const QString& text, int width);
 

@@ -4,6 +4,7 @@
 #include "core/clock.h"
 #include "core/error_path.h"
 #include "core/file_ops.h"
+#include "core/text.h"
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "queue/send_page.h"
@@ -201,20 +202,6 @@ QString cut(const QString& text, qsizetype length)
         --length;
     }
     return text.left(length);
-}
-
-// Trims blanks only: line ends and tabs at either end stay.
-QString trim_blanks(const QString& text)
-{
-    qsizetype first = 0;
-    qsizetype last = text.size();
-    while (first < last && text.at(first) == u' ') {
-        ++first;
-    }
-    while (last > first && text.at(last - 1) == u' ') {
-        --last;
-    }
-    return text.mid(first, last - first);
 }
 
 // The carrier of the recipient row of that name, or nullopt when there is none. Any row with the name will

@@ -3,6 +3,7 @@
 #include "core/app_state.h"
 #include "core/clock.h"
 #include "core/error_path.h"
+#include "core/text.h"
 #include "queue/send_page.h"
 #include "store/database.h"
 #include "store/unique.h"
@@ -17,20 +18,6 @@ namespace cvd::intake {
 namespace {
 
 constexpr platform::Hive kHive = platform::Hive::LocalMachine;
-
-// Only blanks are trimmed, as other programs have always had it; a tab or newline stays in the text.
-QString trim_blanks(const QString& text)
-{
-    qsizetype begin = 0;
-    qsizetype end = text.size();
-    while (begin < end && text.at(begin) == u' ') {
-        ++begin;
-    }
-    while (end > begin && text.at(end - 1) == u' ') {
-        --end;
-    }
-    return text.mid(begin, end - begin);
-}
 
 QString runtime_file(const QString& runtime_dir, const char* name)
 {
