@@ -1,0 +1,239 @@
+#include "addressbook/presets.h"
+
+#include "core/app_state.h"
+#include "core/databases.h"
+#include "core/error_path.h"
+#include "store/database.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::addressbook {
+
+namespace {
+
+const QString kLoadProcedure = u"Procedure: load_presets"_s;
+
+// In insertion order, so that "the first row" is the first one the table was given.
+const QString kSelectPresets =
+    u"SELECT cv_index, cv_description, cv_recipient, cv_message FROM cv_presets ORDER BY cv_id"_s;
+
+struct ReadResult
+{
+    PresetTable table;
+    bool first_row_described = false;
+};
+
+// Reads every stored row over a copy of `base`. A row whose index is missing or outside 1 to 100 has no
+// place in memory and is passed over.
+ReadResult read_presets(store::Database& db, const PresetTable& base)
+{
+    ReadResult result{base, false};
+    store::Statement select = db.prepare(kSelectPresets);
+    bool first = true;
+    while (select.step()) {
+        const QString description = select.text(1).value_or(QString());
+        if (first) {
+            result.first_row_described = !description.isEmpty();
+            first = false;
+        }
+        const std::optional<qint64> index = select.integer(0);
+        if (!index || *index < 1 || *index > kPresetCount) {
+            continue;
+        }
+        Preset& preset = result.table.at(static_cast<int>(*index));
+        preset.index_text = QString::number(*index);
+        preset.description = description;
+        preset.message = select.text(2).value_or(QString());
+        preset.recipient = select.text(3).value_or(QString());
+    }
+    return result;
+}
+
+void write_presets(store::Database& db, const PresetTable& table)
+{
+    store::Transaction transaction(db);
+    store::Statement update = db.prepare(
+        u"UPDATE cv_presets SET cv_description = ?1, cv_recipient = ?2, cv_message = ?3 WHERE (cv_index = ?4)"_s);
+    for (int index = 1; index <= kPresetCount; ++index) {
+        const Preset& preset = table.at(index);
+        update.bind(1, preset.description).bind(2, preset.message).bind(3, preset.recipient).bind(4, index);
+        update.exec();
+        update.reset();
+    }
+    transaction.commit();
+}
+
+// Closes the user database when the preset work is over, also when it ends in an error.
+class UserDatabaseSession
+{
+public:
+    explicit UserDatabaseSession(AppState& state) : m_state(state) { open_user_database(m_state); }
+    ~UserDatabaseSession() { close_user_database(m_state); }
+    UserDatabaseSession(const UserDatabaseSession&) = delete;
+    UserDatabaseSession& operator=(const UserDatabaseSession&) = delete;
+
+private:
+    AppState& m_state;
+};
+
+} // namespace
+
+bool user_presets_on(AppState& state)
+{
+    return state.settings.get_setting_flag(u"level"_s, u"user_presets"_s) != 0;
+}
+
+void load_presets(AppState& state, PresetTable& table)
+{
+    const bool per_user = user_presets_on(state);
+    if (per_user) {
+        UserDatabaseSession session(state);
+        ReadResult user = with_retry(state, kLoadProcedure, [&] { return read_presets(state.user_db, table); });
+        if (user.first_row_described) {
+            table = user.table;
+            return;
+        }
+    }
+    open_database(state);
+    table = with_retry(state, kLoadProcedure, [&] { return read_presets(state.global_db, table); }).table;
+    if (per_user) {
+        // The user's table is still unused: it starts as a copy of the global presets.
+        save_presets(state, table);
+    }
+}
+
+void save_presets(AppState& state, const PresetTable& table, const QString& procedure)
+{
+    if (user_presets_on(state)) {
+        UserDatabaseSession session(state);
+        with_retry(state, procedure, [&] { write_presets(state.user_db, table); });
+        return;
+    }
+    open_database(state);
+    with_retry(state, procedure, [&] { write_presets(state.global_db, table); });
+}
+
+QString clean_preset_text(const QString& text)
+{
+    QString result = text;
+    for (QChar& c : result) {
+        if (c.unicode() < 32 || c.unicode() >= 127) {
+            c = u' ';
+        }
+    }
+    // Positions counted from 1, as operators and stored texts have always seen them. The loop bound is
+    // the length before thinning; a pair is thinned only from position 2 on and while it lies inside the
+    // shortened text, so a leading blank stays and a long run only halves.
+    // Odd, but kept on purpose: stored presets were cleaned this way and must come out the same.
+    const qsizetype start_length = result.size();
+    for (qsizetype position = 1; position <= start_length - 1; ++position) {
+        if (position >= 2 && position < result.size() && result.at(position - 1) == u' ' &&
+            result.at(position) == u' ') {
+            result.remove(position, 1);
+        }
+    }
+    return result;
+}
+
+namespace {
+
+struct OrderInfo
+{
+    PresetSortOrder order;
+    const char16_t* name;
+    PresetColumn column;
+    bool ascending;
+};
+
+constexpr OrderInfo kOrders[] = {
+    {PresetSortOrder::IndexAscending, u"SortByIndexAscending", PresetColumn::Number, true},
+    {PresetSortOrder::IndexDescending, u"SortByIndexDescending", PresetColumn::Number, false},
+    {PresetSortOrder::DescriptionAscending, u"SortByDescriptionAscending", PresetColumn::Description, true},
+    {PresetSortOrder::DescriptionDescending, u"SortByDescriptionDescending", PresetColumn::Description, false},
+    {PresetSortOrder::RecipientAscending, u"SortByRecipientAscending", PresetColumn::Recipient, true},
+    {PresetSortOrder::RecipientDescending, u"SortByRecipientDescending", PresetColumn::Recipient, false},
+    {PresetSortOrder::MessageAscending, u"SortByMessageAscending", PresetColumn::Message, true},
+    {PresetSortOrder::MessageDescending, u"SortByMessageDescending", PresetColumn::Message, false},
+};
+
+const OrderInfo& info(PresetSortOrder order)
+{
+    const auto* found = std::find_if(std::begin(kOrders), std::end(kOrders),
+                                     [order](const OrderInfo& entry) { return entry.order == order; });
+    return found != std::end(kOrders) ? *found : kOrders[0];
+}
+
+const QString& column_text(const PresetListRow& row, PresetColumn column)
+{
+    switch (column) {
+    case PresetColumn::Description:
+        return row.description;
+    case PresetColumn::Recipient:
+        return row.recipient_label;
+    case PresetColumn::Message:
+    case PresetColumn::Number:
+        break;
+    }
+    return row.message;
+}
+
+// Negative, zero or positive as `a` goes before, with or after `b` on the column, ascending.
+int compare_column(const PresetListRow& a, const PresetListRow& b, PresetColumn column)
+{
+    if (column == PresetColumn::Number) {
+        return a.number < b.number ? -1 : (a.number > b.number ? 1 : 0);
+    }
+    return QString::compare(column_text(a, column), column_text(b, column), Qt::CaseInsensitive);
+}
+
+} // namespace
+
+QString sort_order_name(PresetSortOrder order)
+{
+    return QString::fromUtf16(info(order).name);
+}
+
+std::optional<PresetSortOrder> sort_order_from_name(const QString& name)
+{
+    for (const OrderInfo& entry : kOrders) {
+        if (name == QString::fromUtf16(entry.name)) {
+            return entry.order;
+        }
+    }
+    return std::nullopt;
+}
+
+PresetSortOrder order_after_column_click(PresetSortOrder current, PresetColumn column)
+{
+    const OrderInfo& now = info(current);
+    const bool to_descending = now.column == column && now.ascending;
+    for (const OrderInfo& entry : kOrders) {
+        if (entry.column == column && entry.ascending != to_descending) {
+            return entry.order;
+        }
+    }
+    return current;
+}
+
+bool preset_row_less(PresetSortOrder order, const PresetListRow& a, const PresetListRow& b)
+{
+    const OrderInfo& entry = info(order);
+    const int primary = compare_column(a, b, entry.column);
+    if (primary != 0) {
+        return entry.ascending ? primary < 0 : primary > 0;
+    }
+    if (entry.column == PresetColumn::Number) {
+        return false;
+    }
+    return compare_column(a, b, PresetColumn::Number) < 0;
+}
+
+void sort_preset_rows(PresetSortOrder order, QList<PresetListRow>& rows)
+{
+    std::stable_sort(rows.begin(), rows.end(),
+                     [order](const PresetListRow& a, const PresetListRow& b) { return preset_row_less(order, a, b); });
+}
+
+} // namespace cvd::addressbook
