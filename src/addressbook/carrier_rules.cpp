@@ -10,18 +10,6 @@ namespace cvd::addressbook {
 
 namespace {
 
-// Cuts to `count` characters, never between the two halves of a surrogate pair.
-QString cut_to(const QString& text, qsizetype count)
-{
-    qsizetype units = 0;
-    for (qsizetype taken = 0; taken < count && units < text.size(); ++taken) {
-        const bool pair =
-            text.at(units).isHighSurrogate() && units + 1 < text.size() && text.at(units + 1).isLowSurrogate();
-        units += pair ? 2 : 1;
-    }
-    return text.left(units);
-}
-
 // The value a number box's text stands for; an unreadable strict text stands for nothing.
 std::optional<double> read_number(BoxRule rule, const QString& trimmed)
 {

@@ -41,6 +41,17 @@ QString trim_blanks(const QString& text)
     return text.mid(first, last - first);
 }
 
+QString cut_to(const QString& text, qsizetype count)
+{
+    qsizetype units = 0;
+    for (qsizetype taken = 0; taken < count && units < text.size(); ++taken) {
+        const bool pair =
+            text.at(units).isHighSurrogate() && units + 1 < text.size() && text.at(units + 1).isLowSurrogate();
+        units += pair ? 2 : 1;
+    }
+    return text.left(units);
+}
+
 QString pad_or_cut(const QString& text, int width)
 {
     if (width <= 0) {

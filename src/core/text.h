@@ -11,6 +11,9 @@ QString normalize_id(const QString& text);
 // Takes blanks off both ends, and only blanks: tabs and line ends stay, as the intake paths have always had it.
 QString trim_blanks(const QString& text);
 
+// The first `count` characters, counting a character outside the basic plane as one and never cutting it in two.
+QString cut_to(const QString& text, qsizetype count);
+
 // Cuts on the right, or pads with leading blanks, to exactly `width` characters.
 QString pad_or_cut(const QString& text, int width);
 

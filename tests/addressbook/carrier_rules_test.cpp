@@ -1,15 +1,11 @@
 #include "addressbook/carrier_rules.h"
+#include "addressbook/notice_printer.h"
 
 #include <gtest/gtest.h>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace cvd::addressbook {
-
-void PrintTo(const CarrierNotice& notice, std::ostream* out)
-{
-    *out << "'" << notice.text.toStdString() << "' under '" << notice.title.toStdString() << "'";
-}
 
 namespace {
 

@@ -1,0 +1,187 @@
+#include "addressbook/recipients_store.h"
+
+#include "core/app_state.h"
+#include "core/error_path.h"
+#include "store/database.h"
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace cvd::addressbook {
+
+namespace {
+
+const QString kApplyProcedure = u"Procedure: frmAddRecipient apply"_s;
+const QString kDeleteProcedure = u"Procedure: list_recipients load"_s;
+
+// Binds the row's columns to ?1 .. ?15 in the order of the insert's column list.
+void bind_row(store::Statement& statement, const RecipientRow& row)
+{
+    statement.bind(1, row.name)
+        .bind(2, row.full_name)
+        .bind(3, row.id)
+        .bind_bool(4, row.ad_hoc)
+        .bind_bool(5, row.group)
+        .bind(6, row.carrier)
+        .bind(7, row.maxchars)
+        .bind(8, row.priority)
+        .bind_bool(9, row.drop_control)
+        .bind_bool(10, row.send_subject)
+        .bind_bool(11, row.remove_from)
+        .bind_bool(12, row.alpha)
+        .bind(13, row.extra1)
+        .bind(14, row.extra2)
+        .bind_bool(15, row.on_call);
+}
+
+qint32 int_column(const store::Statement& statement, int column)
+{
+    return static_cast<qint32>(statement.integer(column).value_or(0));
+}
+
+QString text_column(const store::Statement& statement, int column)
+{
+    return statement.text(column).value_or(QString());
+}
+
+} // namespace
+
+bool recipient_name_exists(store::Database& db, const QString& name)
+{
+    store::Statement query = db.prepare(u"SELECT 1 FROM cv_recipients WHERE cv_name = ?1 LIMIT 1"_s);
+    query.bind(1, name);
+    return query.step();
+}
+
+bool add_recipient(store::Database& db, const RecipientRow& row)
+{
+    store::Transaction transaction(db);
+    if (recipient_name_exists(db, row.name)) {
+        return false;
+    }
+    store::Statement insert = db.prepare(
+        u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_id, cv_ad_hoc, cv_group, cv_carrier, cv_maxchars, "
+        "cv_priority, cv_drop_control, cv_SendSubject, cv_remove_from, cv_alpha, cv_extra1, cv_extra2, cv_on_call) "
+        "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15)"_s);
+    bind_row(insert, row);
+    insert.exec();
+    transaction.commit();
+    return true;
+}
+
+bool update_recipient(store::Database& db, const QString& loaded_name, const RecipientRow& row)
+{
+    store::Statement update = db.prepare(
+        u"UPDATE cv_recipients SET cv_name = ?1, cv_full_name = ?2, cv_id = ?3, cv_ad_hoc = ?4, cv_group = ?5, "
+        "cv_carrier = ?6, cv_maxchars = ?7, cv_priority = ?8, cv_drop_control = ?9, cv_SendSubject = ?10, "
+        "cv_remove_from = ?11, cv_alpha = ?12, cv_extra1 = ?13, cv_extra2 = ?14, cv_on_call = ?15 "
+        "WHERE cv_name = ?16"_s);
+    bind_row(update, row);
+    update.bind(16, loaded_name);
+    update.exec();
+    return db.changes() > 0;
+}
+
+std::optional<RecipientRow> read_recipient(store::Database& db, const QString& name)
+{
+    store::Statement query =
+        db.prepare(u"SELECT cv_name, cv_full_name, cv_id, cv_carrier, cv_maxchars, cv_alpha, cv_on_call, cv_ad_hoc, "
+                   "cv_drop_control, cv_group, cv_SendSubject, cv_extra1, cv_extra2, cv_remove_from, cv_priority "
+                   "FROM cv_recipients WHERE cv_name = ?1"_s);
+    query.bind(1, name);
+    if (!query.step()) {
+        return std::nullopt;
+    }
+    RecipientRow row;
+    row.name = text_column(query, 0);
+    row.full_name = text_column(query, 1);
+    row.id = text_column(query, 2);
+    row.carrier = text_column(query, 3);
+    row.maxchars = int_column(query, 4);
+    row.alpha = query.flag(5);
+    row.on_call = query.flag(6);
+    row.ad_hoc = query.flag(7);
+    row.drop_control = query.flag(8);
+    row.group = query.flag(9);
+    row.send_subject = query.flag(10);
+    row.extra1 = text_column(query, 11);
+    row.extra2 = text_column(query, 12);
+    row.remove_from = query.flag(13);
+    row.priority = int_column(query, 14);
+    return row;
+}
+
+bool has_unsent_messages(store::Database& db, const QString& name)
+{
+    store::Statement query = db.prepare(u"SELECT 1 FROM cv_messages WHERE cv_recipient = ?1 AND cv_sent = 0 LIMIT 1"_s);
+    query.bind(1, name);
+    return query.step();
+}
+
+std::optional<RecipientNotice> delete_recipient(store::Database& db, const QString& name)
+{
+    // The check runs inside the transaction, so a message queued meanwhile by another process is seen.
+    store::Transaction transaction(db);
+    if (std::optional<RecipientNotice> refusal = refuse_recipient_delete(has_unsent_messages(db, name))) {
+        return refusal;
+    }
+    store::Statement recipient = db.prepare(u"DELETE FROM cv_recipients WHERE cv_name = ?1"_s);
+    recipient.bind(1, name);
+    recipient.exec();
+    store::Statement memberships = db.prepare(u"DELETE FROM cv_groups WHERE cv_recipient = ?1"_s);
+    memberships.bind(1, name);
+    memberships.exec();
+    transaction.commit();
+    return std::nullopt;
+}
+
+QList<RecipientListEntry> list_recipients(store::Database& db)
+{
+    store::Statement query =
+        db.prepare(u"SELECT cv_name, cv_full_name FROM cv_recipients WHERE cv_group = 0 ORDER BY cv_full_name"_s);
+    QList<RecipientListEntry> entries;
+    while (query.step()) {
+        entries.append({text_column(query, 0), text_column(query, 1)});
+    }
+    return entries;
+}
+
+ApplyOutcome apply_recipient(AppState& state, Protocol protocol, const RecipientEntry& entry, bool is_edit,
+                             const QString& loaded_name)
+{
+    state.clear_error_counters();
+    const auto name_exists = [&](const QString& name) {
+        return with_retry(state, kApplyProcedure, [&] { return recipient_name_exists(state.global_db, name); });
+    };
+    const EntryCheck check = check_recipient_entry(protocol, entry, is_edit, name_exists);
+    ApplyOutcome outcome{check.short_name, check.full_name, check.refusal, false};
+    if (check.refusal) {
+        return outcome;
+    }
+    RecipientEntry checked = entry;
+    checked.short_name = check.short_name;
+    checked.full_name = check.full_name;
+    const RecipientRow row = recipient_row(protocol, checked);
+    if (is_edit) {
+        outcome.stored =
+            with_retry(state, kApplyProcedure, [&] { return update_recipient(state.global_db, loaded_name, row); });
+    } else {
+        outcome.stored = with_retry(state, kApplyProcedure, [&] { return add_recipient(state.global_db, row); });
+        if (!outcome.stored) {
+            // Another console took the name between the check and the insert.
+            outcome.notice = RecipientNotice{u"That Short Name already exists"_s, u"Duplicate Recipient"_s};
+            return outcome;
+        }
+    }
+    if (outcome.stored) {
+        outcome.notice = recipient_stored_notice(is_edit);
+    }
+    return outcome;
+}
+
+std::optional<RecipientNotice> delete_listed_recipient(AppState& state, const QString& name)
+{
+    state.clear_error_counters();
+    return with_retry(state, kDeleteProcedure, [&] { return delete_recipient(state.global_db, name); });
+}
+
+} // namespace cvd::addressbook
