@@ -13,6 +13,7 @@
 #include "platform/runtime.h"
 #include "queue/send_page.h"
 #include "store/database.h"
+#include "tools/direct_access.h"
 
 #include <QElapsedTimer>
 #include <QThread>
@@ -66,31 +67,6 @@ bool send_to_program(quint32 kind, const QString& text, QString* error)
         }
         QThread::msleep(100);
     }
-}
-
-// A program state for working on the databases directly, with the folders the program would use.
-struct DirectAccess
-{
-    explicit DirectAccess(bool local_db) : state(prompter, clock, machine_store(), platform::runtime_folder())
-    {
-        state.program_folder = platform::executable_folder();
-        state.local_db = local_db;
-        const platform::DataFolders folders =
-            platform::resolve_data_folders(local_db, state.program_folder, platform::common_data_root(),
-                                           platform::user_data_root(), state.app_version_folder, [](const QString&) {});
-        state.global_db_folder = folders.global_db_folder;
-        state.user_db_folder = folders.user_db_folder;
-    }
-
-    app::TerminalPrompter prompter;
-    SystemClock clock;
-    AppState state;
-};
-
-// Takes "--localdb" out of the arguments.
-bool take_local_switch(QStringList& arguments)
-{
-    return arguments.removeAll(u"--localdb"_s) + arguments.removeAll(u"/localdb"_s) > 0;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "tools/cvdctl.h"
 
+#include "tools/addressbook_commands.h"
 #include "tools/control_commands.h"
 #include "tools/registry_commands.h"
 
@@ -19,6 +20,10 @@ QString cvdctl_usage_text()
            "  notify --kind 2|3 TEXT                          an activity line (2) or status text (3)\n"
            "  stop [--timeout SECONDS]                        ask it to end and wait until it has (30 s)\n"
            "  status [--localdb]                              whether it runs, its pid and channel, the counts\n"
+           "\n"
+           "Address book:\n"
+           "  list [--localdb] carriers|recipients|groups|members\n"
+           "                                                  print them as tab-separated lines\n"
            "\n"
            "Machine store (keys are paths such as 'SOFTWARE\\Halvern\\Transfer'; --hive HKLM is the default):\n"
            "  reg get [--hive HKLM|HKCU] KEY NAME             print a value\n"
@@ -61,6 +66,9 @@ int run_cvdctl(const QStringList& arguments, QTextStream& out, QTextStream& err)
     }
     if (command == u"status") {
         return run_status_command(rest, out, err);
+    }
+    if (command == u"list") {
+        return run_list_command(rest, out, err);
     }
     if (command == u"reg") {
         return run_registry_command(arguments.mid(1), out, err);

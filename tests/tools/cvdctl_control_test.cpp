@@ -83,6 +83,22 @@ TEST_F(CvdctlControl, SendAndNotifyGoOverTheChannelWhileTheProgramRuns)
     EXPECT_TRUE(cvdctl({u"status"_s}).out.contains(u"running: yes\n"_s));
 }
 
+TEST_F(CvdctlControl, ListShowsTheAddressBook)
+{
+    {
+        store::Database db = store::Database::open(global());
+        db.exec(u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_group, cv_on_call) VALUES ('ops', 'Operations', "
+                "-1, -1)"_s);
+        db.exec(u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES ('ops', 'bob')"_s);
+    }
+    const CtlRun recipients = cvdctl({u"list"_s, u"recipients"_s});
+    EXPECT_EQ(recipients.status, 0) << recipients.err.toStdString();
+    EXPECT_EQ(recipients.out, u"name\tfull name\tpin\tcarrier\tmax chars\tpriority\nbob\t\t\ttapnet\t\t\n"_s);
+    EXPECT_EQ(cvdctl({u"list"_s, u"groups"_s}).out, u"name\tfull name\ton call\nops\tOperations\tyes\n"_s);
+    EXPECT_EQ(cvdctl({u"list"_s, u"members"_s}).out, u"group\trecipient\nops\tbob\n"_s);
+    EXPECT_EQ(cvdctl({u"list"_s, u"people"_s}).status, 2);
+}
+
 TEST_F(CvdctlControl, StopAsksAndGivesUpAfterItsTimeLimit)
 {
     const QString transfer = u"SOFTWARE\\Halvern\\Transfer"_s;
