@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+namespace cvd {
+
+struct AppState;
+
+namespace exchange {
+
+// Export to and import from the version-500 text files, so that address data can move between installations.
+// One run handles one file and one kind. Both work on state.global_db, which must be open.
+
+enum class ExchangeKind { Carriers, Recipients, Groups, Members };
+
+// The version every data record starts with.
+inline constexpr int kFormatVersion = 500;
+
+// "carriers.txt", "recip.txt", "groups.txt", "members.txt": what the browse dialog opens on.
+QString suggested_file_name(ExchangeKind kind);
+// "Export Carriers" ... and "Import Carriers" ...: the option buttons, which also title the browse dialog.
+QString export_option_caption(ExchangeKind kind);
+QString import_option_caption(ExchangeKind kind);
+QString export_window_caption(); // "Export To Text File"
+QString import_window_caption(); // "Import From Text File"
+QString browse_filter();         // "Text File (*.txt)|*.txt"
+
+// A box with one OK button for the window to show.
+struct ExchangeBox
+{
+    QString text;
+    QString title;
+
+    bool operator==(const ExchangeBox&) const = default;
+};
+
+struct ExportResult
+{
+    std::optional<ExchangeBox> box; // none when the path was empty
+    int exported = 0;
+    bool succeeded = false; // the box is the one of a finished export
+};
+
+// Writes every row of the kind to `path`, replacing the file. A table without rows writes no file, and the
+// box then says the file could not be written; operators know that answer for an empty table.
+ExportResult export_text(AppState& state, ExchangeKind kind, const QString& path);
+
+struct ImportResult
+{
+    std::optional<ExchangeBox> box; // none when the path was empty
+    int imported = 0;
+    int skipped = 0;
+    bool succeeded = false; // the box is the one of a finished import
+};
+
+// Reads the file's records into the tables. The heading is optional. A file of another version is refused
+// before any row is touched. Each record is written in its own transaction: a record that cannot be read, or a
+// failed statement, ends the run with "Error importing records" and the records before it stay imported.
+// With `overwrite` an existing row of the same name is replaced; without, the record is skipped.
+ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path, bool overwrite);
+
+} // namespace exchange
+} // namespace cvd

@@ -1,0 +1,365 @@
+#include "core/app_state.h"
+#include "core/databases.h"
+#include "exchange/text_exchange.h"
+#include "exchange/text_format.h"
+#include "store/database.h"
+#include "store/schema.h"
+#include "support/test_environment.h"
+
+#include <QDir>
+#include <QFile>
+#include <gtest/gtest.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace cvd::exchange {
+
+void PrintTo(const ExchangeBox& box, std::ostream* out)
+{
+    *out << "{" << box.text.toStdString() << " | " << box.title.toStdString() << "}";
+}
+
+namespace {
+
+TEST(TextFormat, FieldsAreReadAsWrittenWithDoubledQuotesAndLineBreaksInsideTexts)
+{
+    const QString line = record_line({quoted_field(u"say \"hi\", then\r\ngo ü"_s), number_field(-12), flag_field(true),
+                                      flag_field(false), null_field(), quoted_field(QString())});
+    EXPECT_EQ(line, u"\"say \"\"hi\"\", then\r\ngo ü\",-12,#TRUE#,#FALSE#,#NULL#,\"\"\r\n"_s);
+    const ParsedFile parsed = parse_records(line + u"\r\n  \r\n 7 , \"x\"  \n#true#"_s);
+    ASSERT_FALSE(parsed.malformed);
+    ASSERT_EQ(parsed.records.size(), 3);
+    const Record expected_first{{Field::Kind::Quoted, u"say \"hi\", then\r\ngo ü"_s},
+                                {Field::Kind::Bare, u"-12"_s},
+                                {Field::Kind::Hashed, u"TRUE"_s},
+                                {Field::Kind::Hashed, u"FALSE"_s},
+                                {Field::Kind::Hashed, u"NULL"_s},
+                                {Field::Kind::Quoted, QString()}};
+    EXPECT_EQ(parsed.records.at(0), expected_first);
+    const Record expected_second{{Field::Kind::Bare, u"7"_s}, {Field::Kind::Quoted, u"x"_s}};
+    EXPECT_EQ(parsed.records.at(1), expected_second);
+    EXPECT_EQ(parsed.records.at(2), (Record{{Field::Kind::Hashed, u"TRUE"_s}}));
+
+    struct Case
+    {
+        QString content;
+        qsizetype good_records;
+    };
+    const Case malformed[] = {
+        {u"\"a\",1\r\n\"open"_s, 1},       // unterminated quote
+        {u"\"a\"b,1\r\n"_s, 0},            // text after a closing quote
+        {u"1,2\r\n#TRUE,3\r\n4\r\n"_s, 1}, // unclosed number sign
+    };
+    for (const Case& item : malformed) {
+        const ParsedFile bad = parse_records(item.content);
+        EXPECT_TRUE(bad.malformed) << item.content.toStdString();
+        EXPECT_EQ(bad.records.size(), item.good_records) << item.content.toStdString();
+    }
+
+    EXPECT_EQ(field_as_number({Field::Kind::Quoted, u" 42 "_s}), std::optional<std::optional<qint64>>(42));
+    EXPECT_FALSE(field_as_number({Field::Kind::Bare, u"4x"_s}).has_value());
+    EXPECT_FALSE(field_as_number({Field::Kind::Hashed, u"TRUE"_s}).has_value());
+    EXPECT_EQ(field_as_flag({Field::Kind::Bare, u"-1"_s}), std::optional<std::optional<bool>>(true));
+    EXPECT_EQ(field_as_flag({Field::Kind::Hashed, u"NULL"_s}),
+              (std::optional<std::optional<bool>>{std::in_place, std::nullopt}));
+    EXPECT_FALSE(field_as_flag({Field::Kind::Quoted, u"yes"_s}).has_value());
+}
+
+class TextExchangeTest : public ::testing::Test
+{
+protected:
+    // A global database of its own in `folder`.
+    std::unique_ptr<AppState> make_db(const QString& folder)
+    {
+        auto state = env.make_state();
+        state->global_db_folder = env.path(folder + u"/g/"_s);
+        state->user_db_folder = env.path(folder + u"/u/"_s);
+        QDir().mkpath(state->global_db_folder);
+        QDir().mkpath(state->user_db_folder);
+        store::create_global_database(global_db_path(*state));
+        open_database(*state);
+        return state;
+    }
+
+    void SetUp() override { source = make_db(u"source"_s); }
+
+    static void exec(AppState& state, const QString& sql, const QList<QVariant>& values = {})
+    {
+        store::Statement statement = state.global_db.prepare(sql);
+        for (int i = 0; i < values.size(); ++i) {
+            const QVariant& value = values.at(i);
+            if (value.isNull()) {
+                statement.bind_null(i + 1);
+            } else if (value.typeId() == QMetaType::Bool) {
+                statement.bind_bool(i + 1, value.toBool());
+            } else if (value.typeId() == QMetaType::Int) {
+                statement.bind(i + 1, value.toInt());
+            } else {
+                statement.bind(i + 1, value.toString());
+            }
+        }
+        statement.exec();
+    }
+
+    static void add_carrier(AppState& state, const QString& name, const QString& phone, int retries = 0)
+    {
+        exec(state,
+             u"INSERT INTO cv_carriers (cv_name, cv_phone_number, cv_modem_settings, cv_maxchars, cv_init_string, "
+             "cv_retries, cv_message_limit, cv_dial_type, cv_auth_type, cv_auth_user, cv_auth_pass, cv_relay_mail, "
+             "cv_relay_server, cv_priority) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14)"_s,
+             {name, phone, u"1200,E,7,1"_s, 160, u"AT&F \"x\""_s, retries, 0, u"tap"_s, 1, u"usr"_s, u"p,w\"d"_s, true,
+              QVariant(), 100});
+    }
+
+    static void add_recipient(AppState& state, const QString& name, const QString& full_name, bool group,
+                              const QString& id = u"555"_s)
+    {
+        exec(state,
+             u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_id, cv_carrier, cv_maxchars, cv_alpha, "
+             "cv_on_call, cv_ad_hoc, cv_drop_control, cv_group, cv_SendSubject, cv_remove_from, cv_extra1, "
+             "cv_extra2, cv_priority) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15)"_s,
+             {name, full_name, id, u"net"_s, 160, true, false, group, true, group, false, true, u"e1, \"q\""_s,
+              QVariant(), 7});
+    }
+
+    static void add_member(AppState& state, const QString& group, const QString& recipient)
+    {
+        exec(state, u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES (?1, ?2)"_s, {group, recipient});
+    }
+
+    // Every row of a table, every column, null marked, sorted.
+    static QStringList dump(AppState& state, const QString& table, const QString& columns = u"*"_s)
+    {
+        store::Statement query = state.global_db.prepare(u"SELECT "_s + columns + u" FROM "_s + table);
+        QStringList rows;
+        while (query.step()) {
+            QStringList cells;
+            for (int i = 0; i < query.column_count(); ++i) {
+                cells.append(query.is_null(i) ? u"<null>"_s : query.text(i).value_or(QString()));
+            }
+            rows.append(cells.join(u'|'));
+        }
+        rows.sort();
+        return rows;
+    }
+
+    QString file(const QString& name) const { return env.path(name); }
+
+    void write_file(const QString& name, const QByteArray& content) const
+    {
+        QFile out(file(name));
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+        out.write(content);
+    }
+
+    static QByteArray read_file(const QString& path)
+    {
+        QFile in(path);
+        return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
+    }
+
+    testing::TestEnvironment env;
+    std::unique_ptr<AppState> source;
+};
+
+const QString kCarrierColumns =
+    u"cv_name, cv_phone_number, cv_modem_settings, cv_maxchars, cv_init_string, cv_message_limit, cv_dial_type, "
+    "cv_auth_type, cv_auth_user, cv_auth_pass, cv_relay_mail, cv_relay_server, cv_priority"_s;
+
+TEST_F(TextExchangeTest, EveryKindExportedAndImportedIntoAFreshDatabaseGivesTheSameRows)
+{
+    add_carrier(*source, u"Zeta \"Z\", Ltd"_s, u"+49 (0) 30 Müller"_s, 3);
+    add_carrier(*source, u"net"_s, u"1,2\r\n3"_s);
+    add_recipient(*source, u"ann"_s, u"Ann \"The\" Ólafsdóttir, MD"_s, false, u"a'b\"c"_s);
+    add_recipient(*source, u"bob"_s, u"Bob"_s, false);
+    add_recipient(*source, u"ops"_s, u"Operations, Nacht"_s, true);
+    add_member(*source, u"ops"_s, u"ann"_s);
+    add_member(*source, u"ops"_s, u"bob"_s);
+
+    struct Case
+    {
+        ExchangeKind kind;
+        QString noun;
+        int count;
+    };
+    const Case cases[] = {
+        {ExchangeKind::Carriers, u"carrier"_s, 2},
+        {ExchangeKind::Recipients, u"recipient"_s, 2},
+        {ExchangeKind::Groups, u"group"_s, 1},
+        {ExchangeKind::Members, u"group member"_s, 2},
+    };
+    auto target = make_db(u"target"_s);
+    for (const Case& item : cases) {
+        const QString path = file(suggested_file_name(item.kind));
+        const ExportResult exported = export_text(*source, item.kind, path);
+        EXPECT_EQ(exported.exported, item.count);
+        EXPECT_EQ(exported.box, (ExchangeBox{QString::number(item.count) + u" "_s + item.noun + u" records exported"_s,
+                                             u"Export Complete"_s}));
+        const ImportResult imported = import_text(*target, item.kind, path, false);
+        EXPECT_EQ(imported.imported, item.count);
+        EXPECT_EQ(imported.box, (ExchangeBox{QString::number(item.count) + u" "_s + item.noun +
+                                                 u" records imported,\n0 "_s + item.noun + u" records skipped."_s,
+                                             u"Import Complete"_s}));
+    }
+    EXPECT_EQ(dump(*target, u"cv_carriers"_s, kCarrierColumns), dump(*source, u"cv_carriers"_s, kCarrierColumns));
+    EXPECT_EQ(dump(*target, u"cv_carriers"_s, u"cv_name, cv_retries"_s),
+              (QStringList{u"Zeta \"Z\", Ltd|0"_s, u"net|0"_s}));
+    EXPECT_EQ(dump(*target, u"cv_recipients"_s), dump(*source, u"cv_recipients"_s));
+    EXPECT_EQ(dump(*target, u"cv_groups"_s), dump(*source, u"cv_groups"_s));
+
+    // The file itself, as other installations read it.
+    EXPECT_EQ(
+        read_file(file(u"members.txt"_s)),
+        QByteArray("\"Version\",\"Group\",\"Recipient\"\r\n\"500\",\"ops\",\"ann\"\r\n\"500\",\"ops\",\"bob\"\r\n"));
+    const QByteArray carriers = read_file(file(u"carriers.txt"_s));
+    EXPECT_TRUE(
+        carriers.startsWith("\"Version\",\"Name\",\"PhoneNumber\",\"ModemSettings\",\"MaxChars\",\"InitString\","
+                            "\"MessageLimit\",\"DialType\",\"AuthType\",\"AuthUser\",\"AuthPassword\","
+                            "\"RelayMail\",\"RelayServer\",\"Priority\"\r\n"
+                            "\"500\",\"net\",\"1,2\r\n3\",\"1200,E,7,1\",160,\"AT&F \"\"x\"\"\",0,\"tap\",1,"
+                            "\"usr\",\"p,w\"\"d\",#TRUE#,#NULL#,100\r\n"))
+        << carriers.toStdString();
+}
+
+TEST_F(TextExchangeTest, AnEmptyTableWritesNoFileAndSaysSo)
+{
+    const QString path = file(u"carriers.txt"_s);
+    write_file(u"carriers.txt"_s, "old");
+    const ExportResult result = export_text(*source, ExchangeKind::Carriers, path);
+    EXPECT_EQ(result.box, (ExchangeBox{u"Unable to write export file. Invalid path or insufficient rights."_s,
+                                       u"Export Failed"_s}));
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_FALSE(export_text(*source, ExchangeKind::Carriers, QString()).box.has_value());
+}
+
+TEST_F(TextExchangeTest, FilesThatCannotBeImportedLeaveTheTablesAlone)
+{
+    const ExchangeBox error{u"Error importing records"_s, u"Import Error"_s};
+    const ExchangeBox mismatch{u"Import file version mismatch"_s, u"Version Mismatch"_s};
+    const QByteArray record = "\"ann\",\"Ann\",\"1\",\"net\",160,#TRUE#,#FALSE#,#FALSE#,#FALSE#,#FALSE#,#FALSE#,"
+                              "#FALSE#,\"\",\"\",100\r\n";
+    struct Case
+    {
+        QByteArray content;
+        ExchangeBox box;
+    };
+    const Case cases[] = {
+        {"\"Version\",\"Name\",\"FullName\"\r\n", error},
+        {"", error},
+        {"\"499\"," + record, mismatch},
+        {"\"Version\",\"Name\"\r\n\"600\"," + record, mismatch},
+        {"\"five hundred\"," + record, mismatch},
+        {"\"Version\"\r\n#NULL#," + record, mismatch},
+    };
+    int n = 0;
+    for (const Case& item : cases) {
+        const QString name = u"case%1.txt"_s.arg(++n);
+        write_file(name, item.content);
+        const ImportResult result = import_text(*source, ExchangeKind::Recipients, file(name), true);
+        EXPECT_EQ(result.box, item.box) << item.content.toStdString();
+        EXPECT_EQ(result.imported, 0);
+    }
+    EXPECT_TRUE(dump(*source, u"cv_recipients"_s).isEmpty());
+
+    const ImportResult missing = import_text(*source, ExchangeKind::Recipients, file(u"nowhere.txt"_s), false);
+    EXPECT_EQ(missing.box, (ExchangeBox{u"That file does not exist"_s, u"File Not Found"_s}));
+    EXPECT_FALSE(import_text(*source, ExchangeKind::Recipients, QString(), false).box.has_value());
+
+    // The heading is optional, and a bare 500 is the version as well.
+    write_file(u"plain.txt"_s, "500," + record);
+    const ImportResult plain = import_text(*source, ExchangeKind::Recipients, file(u"plain.txt"_s), false);
+    EXPECT_EQ(plain.imported, 1);
+    EXPECT_EQ(dump(*source, u"cv_recipients"_s, u"cv_name, cv_full_name, cv_alpha, cv_group"_s),
+              QStringList{u"ann|Ann|-1|0"_s});
+}
+
+TEST_F(TextExchangeTest, OverwriteReplacesAnExistingNameAndOtherwiseSkipsIt)
+{
+    add_carrier(*source, u"net"_s, u"old"_s);
+    add_carrier(*source, u"zed"_s, u"kept"_s);
+    const QString path = file(u"carriers.txt"_s);
+    export_text(*source, ExchangeKind::Carriers, path);
+    write_file(u"carriers.txt"_s, read_file(path).replace("\"old\"", "\"new\"").replace("\"zed\"", "\"ypsilon\""));
+
+    const ImportResult kept = import_text(*source, ExchangeKind::Carriers, path, false);
+    EXPECT_EQ(kept.box,
+              (ExchangeBox{u"1 carrier records imported,\n1 carrier records skipped."_s, u"Import Complete"_s}));
+    EXPECT_EQ(dump(*source, u"cv_carriers"_s, u"cv_name, cv_phone_number"_s),
+              (QStringList{u"net|old"_s, u"ypsilon|kept"_s, u"zed|kept"_s}));
+
+    // Names compare without regard to case, as everywhere in the address book.
+    write_file(u"carriers.txt"_s, read_file(path).replace("\"net\"", "\"NET\""));
+    const ImportResult replaced = import_text(*source, ExchangeKind::Carriers, path, true);
+    EXPECT_EQ(replaced.imported, 2);
+    EXPECT_EQ(replaced.skipped, 0);
+    EXPECT_EQ(dump(*source, u"cv_carriers"_s, u"cv_name, cv_phone_number"_s),
+              (QStringList{u"NET|new"_s, u"ypsilon|kept"_s, u"zed|kept"_s}));
+}
+
+TEST_F(TextExchangeTest, TheChosenKindDecidesWhetherARowIsAGroup)
+{
+    add_recipient(*source, u"ann"_s, u"Ann"_s, false);
+    const QString path = file(u"recip.txt"_s);
+    export_text(*source, ExchangeKind::Recipients, path);
+    auto target = make_db(u"target"_s);
+    const ImportResult result = import_text(*target, ExchangeKind::Groups, path, false);
+    EXPECT_EQ(result.box,
+              (ExchangeBox{u"1 group records imported,\n0 group records skipped."_s, u"Import Complete"_s}));
+    EXPECT_EQ(dump(*target, u"cv_recipients"_s, u"cv_name, cv_group"_s), QStringList{u"ann|-1"_s});
+}
+
+TEST_F(TextExchangeTest, AMalformedRecordEndsTheImportAndTheEarlierRecordsStay)
+{
+    const QByteArray good1 = "\"500\",\"a\",\"1\",\"9600\",160,\"\",0,\"tap\",0,\"\",\"\",#FALSE#,\"\",100\r\n";
+    const QByteArray good3 = "\"500\",\"c\",\"1\",\"9600\",160,\"\",0,\"tap\",0,\"\",\"\",#FALSE#,\"\",100\r\n";
+    const QByteArray bad[] = {
+        "\"500\",\"b\",\"1\",\"9600\",160\r\n",                                               // too few fields
+        "\"500\",\"b\",\"1\",\"9600\",lots,\"\",0,\"tap\",0,\"\",\"\",#FALSE#,\"\",100\r\n",  // not a number
+        "\"500\",\"b\",\"1\",\"9600\",160,\"\",0,\"tap\",0,\"\",\"\",#MAYBE#,\"\",100\r\n",   // not a boolean
+        "\"500\",\"b\",\"1\",\"9600\",160,\"\",0,\"tap\",0,\"\",\"\",#FALSE#,\"\",100,7\r\n", // too many
+        "\"500\",\"b\",\"1\r\n",                                                              // open quote
+    };
+    int n = 0;
+    for (const QByteArray& record : bad) {
+        auto target = make_db(u"target%1"_s.arg(++n));
+        write_file(u"bad.txt"_s, "\"Version\",\"Name\"\r\n" + good1 + record + good3);
+        const ImportResult result = import_text(*target, ExchangeKind::Carriers, file(u"bad.txt"_s), false);
+        EXPECT_EQ(result.box, (ExchangeBox{u"Error importing records"_s, u"Import Error"_s})) << record.toStdString();
+        EXPECT_EQ(result.imported, 1);
+        EXPECT_EQ(dump(*target, u"cv_carriers"_s, u"cv_name"_s), QStringList{u"a"_s}) << record.toStdString();
+    }
+}
+
+TEST_F(TextExchangeTest, GroupMembersWithOverwriteKeepOnlyTheLastMemberOfEachGroup)
+{
+    for (const QString& name : {u"ann"_s, u"bob"_s, u"cy"_s}) {
+        add_recipient(*source, name, name, false);
+    }
+    add_recipient(*source, u"ops"_s, u"Ops"_s, true);
+    add_recipient(*source, u"lab"_s, u"Lab"_s, true);
+    add_member(*source, u"ops"_s, u"ann"_s);
+    add_member(*source, u"lab"_s, u"zed"_s);
+    const QByteArray content = "\"Version\",\"Group\",\"Recipient\"\r\n"
+                               "\"500\",\"ops\",\"ann\"\r\n"
+                               "\"500\",\"ops\",\"bob\"\r\n"
+                               "\"500\",\"nogroup\",\"ann\"\r\n"
+                               "\"500\",\"lab\",\"cy\"\r\n"
+                               "\"500\",\"lab\",\"ghost\"\r\n";
+    write_file(u"members.txt"_s, content);
+    const QString path = file(u"members.txt"_s);
+
+    const ImportResult kept = import_text(*source, ExchangeKind::Members, path, false);
+    EXPECT_EQ(kept.box, (ExchangeBox{u"2 group member records imported,\n2 group member records skipped."_s,
+                                     u"Import Complete"_s}));
+    EXPECT_EQ(dump(*source, u"cv_groups"_s), (QStringList{u"lab|cy"_s, u"lab|zed"_s, u"ops|ann"_s, u"ops|bob"_s}));
+
+    // Each record clears its group first: ops keeps only bob, and lab's last record names an unknown
+    // recipient, so lab ends with no member at all. That record counts neither way.
+    const ImportResult replaced = import_text(*source, ExchangeKind::Members, path, true);
+    EXPECT_EQ(replaced.imported, 3);
+    EXPECT_EQ(replaced.skipped, 1);
+    EXPECT_EQ(dump(*source, u"cv_groups"_s), QStringList{u"ops|bob"_s});
+}
+
+} // namespace
+} // namespace cvd::exchange
