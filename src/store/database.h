@@ -125,6 +125,9 @@ public:
     QStringList column_names(const QString& table);
     QStringList index_names(const QString& table);
 
+    // The connection itself, for the store's own maintenance routines; nothing outside the store uses it.
+    sqlite3* native_handle() const { return m_db; }
+
     // How long a statement waits for another process's lock before it fails with Busy.
     void set_busy_timeout(int milliseconds);
     // Switches the file to write-ahead logging, so that readers and one writer of several processes

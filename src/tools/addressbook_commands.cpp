@@ -2,6 +2,8 @@
 
 #include "core/databases.h"
 #include "core/error_path.h"
+#include "exchange/text_exchange.h"
+#include "intake/registry_transfer.h"
 #include "store/database.h"
 #include "tools/direct_access.h"
 
@@ -73,6 +75,82 @@ int run_list_command(const QStringList& arguments, QTextStream& out, QTextStream
         return 1;
     }
     return 0;
+}
+
+namespace {
+
+std::optional<exchange::ExchangeKind> exchange_kind(const QString& word)
+{
+    static const QList<std::pair<QString, exchange::ExchangeKind>> kinds{
+        {u"carriers"_s, exchange::ExchangeKind::Carriers},
+        {u"recipients"_s, exchange::ExchangeKind::Recipients},
+        {u"groups"_s, exchange::ExchangeKind::Groups},
+        {u"members"_s, exchange::ExchangeKind::Members},
+    };
+    for (const auto& [name, kind] : kinds) {
+        if (word == name) {
+            return kind;
+        }
+    }
+    return std::nullopt;
+}
+
+int report(const std::optional<exchange::ExchangeBox>& box, bool succeeded, const char* command, QTextStream& out,
+           QTextStream& err)
+{
+    const QString text = box ? QString(box->text).replace(u'\n', u"; "_s) : QString();
+    if (succeeded) {
+        out << text << '\n';
+        return 0;
+    }
+    err << "cvdctl " << command << ": " << (box ? box->title + u": "_s + text : u"nothing done"_s) << '\n';
+    return 1;
+}
+
+} // namespace
+
+int run_export_command(const QStringList& arguments, QTextStream& out, QTextStream& err)
+{
+    QStringList rest = arguments;
+    const bool local_db = take_local_switch(rest);
+    const std::optional<exchange::ExchangeKind> kind = exchange_kind(rest.value(0));
+    if (rest.size() != 2 || !kind) {
+        err << "cvdctl export: usage: export carriers|recipients|groups|members FILE\n";
+        return 2;
+    }
+    DirectAccess direct(local_db);
+    try {
+        open_database(direct.state);
+        const exchange::ExportResult result = exchange::export_text(direct.state, *kind, rest.at(1));
+        return report(result.box, result.succeeded, "export", out, err);
+    } catch (const ProgramHalted& halted) {
+        err << "cvdctl export: " << halted.text() << '\n';
+        return 1;
+    }
+}
+
+int run_import_command(const QStringList& arguments, QTextStream& out, QTextStream& err)
+{
+    QStringList rest = arguments;
+    const bool local_db = take_local_switch(rest);
+    const bool overwrite = rest.removeAll(u"--overwrite"_s) > 0;
+    const std::optional<exchange::ExchangeKind> kind = exchange_kind(rest.value(0));
+    if (rest.size() != 2 || !kind) {
+        err << "cvdctl import: usage: import carriers|recipients|groups|members FILE [--overwrite]\n";
+        return 2;
+    }
+    DirectAccess direct(local_db);
+    try {
+        open_database(direct.state);
+        const exchange::ImportResult result = exchange::import_text(direct.state, *kind, rest.at(1), overwrite);
+        // Other programs see the new names at once, whatever part of the file was taken.
+        intake::publish_recipients(direct.state);
+        intake::publish_groups(direct.state);
+        return report(result.box, result.succeeded, "import", out, err);
+    } catch (const ProgramHalted& halted) {
+        err << "cvdctl import: " << halted.text() << '\n';
+        return 1;
+    }
 }
 
 } // namespace cvd::tools

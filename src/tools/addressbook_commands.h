@@ -9,3 +9,12 @@ namespace cvd::tools {
 int run_list_command(const QStringList& arguments, QTextStream& out, QTextStream& err);
 
 } // namespace cvd::tools
+
+namespace cvd::tools {
+
+// `cvdctl export KIND FILE` and `cvdctl import KIND FILE [--overwrite]` in the text exchange format; after an
+// import the machine store's lists of recipients and groups are published again.
+int run_export_command(const QStringList& arguments, QTextStream& out, QTextStream& err);
+int run_import_command(const QStringList& arguments, QTextStream& out, QTextStream& err);
+
+} // namespace cvd::tools

@@ -2,6 +2,7 @@
 
 #include "tools/addressbook_commands.h"
 #include "tools/control_commands.h"
+#include "tools/db_commands.h"
 #include "tools/registry_commands.h"
 
 using namespace Qt::StringLiterals;
@@ -21,9 +22,18 @@ QString cvdctl_usage_text()
            "  stop [--timeout SECONDS]                        ask it to end and wait until it has (30 s)\n"
            "  status [--localdb]                              whether it runs, its pid and channel, the counts\n"
            "\n"
-           "Address book:\n"
+           "Address book (KIND is carriers, recipients, groups or members):\n"
+           "  export [--localdb] KIND FILE                    write them to a text file\n"
+           "  import [--localdb] KIND FILE [--overwrite]      read them from a text file; existing names are\n"
+           "                                                  kept unless --overwrite is given\n"
            "  list [--localdb] carriers|recipients|groups|members\n"
            "                                                  print them as tab-separated lines\n"
+           "\n"
+           "Database upkeep (while everything keeps running):\n"
+           "  db [--localdb] check                            integrity, version and row counts\n"
+           "  db [--localdb] backup FILE                      a consistent copy of the global database\n"
+           "  db [--localdb] purge [--days N]                 delete finished messages older than N days\n"
+           "                                                  (default: the purge_after setting)\n"
            "\n"
            "Machine store (keys are paths such as 'SOFTWARE\\Halvern\\Transfer'; --hive HKLM is the default):\n"
            "  reg get [--hive HKLM|HKCU] KEY NAME             print a value\n"
@@ -66,6 +76,15 @@ int run_cvdctl(const QStringList& arguments, QTextStream& out, QTextStream& err)
     }
     if (command == u"status") {
         return run_status_command(rest, out, err);
+    }
+    if (command == u"db") {
+        return run_db_command(rest, out, err);
+    }
+    if (command == u"export") {
+        return run_export_command(rest, out, err);
+    }
+    if (command == u"import") {
+        return run_import_command(rest, out, err);
     }
     if (command == u"list") {
         return run_list_command(rest, out, err);

@@ -6,6 +6,7 @@
 #include "tools/cvdctl.h"
 
 #include <QDir>
+#include <QFile>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -97,6 +98,58 @@ TEST_F(CvdctlControl, ListShowsTheAddressBook)
     EXPECT_EQ(cvdctl({u"list"_s, u"groups"_s}).out, u"name\tfull name\ton call\nops\tOperations\tyes\n"_s);
     EXPECT_EQ(cvdctl({u"list"_s, u"members"_s}).out, u"group\trecipient\nops\tbob\n"_s);
     EXPECT_EQ(cvdctl({u"list"_s, u"people"_s}).status, 2);
+}
+
+TEST_F(CvdctlControl, DbCheckBackupAndPurge)
+{
+    {
+        store::Database db = store::Database::open(global());
+        db.exec(u"INSERT INTO cv_messages (cv_recipient, cv_sent, cv_error, cv_scheduled, cv_date_time_sent) VALUES "
+                "('bob', -1, 0, -1, '2020-01-01 10:00:00'), ('bob', -1, 0, -1, datetime('now', 'localtime')), "
+                "('bob', 0, 0, 0, '2020-01-01 10:00:00')"_s);
+    }
+    const CtlRun checked = cvdctl({u"db"_s, u"check"_s});
+    EXPECT_EQ(checked.status, 0) << checked.err.toStdString();
+    EXPECT_TRUE(checked.out.contains(u"integrity: ok\n"_s));
+    EXPECT_TRUE(checked.out.contains(u"version: 501\n"_s));
+    EXPECT_TRUE(checked.out.contains(u"cv_messages: 3\n"_s));
+
+    const QString copy = env.path(u"backup.mdb"_s);
+    EXPECT_EQ(cvdctl({u"db"_s, u"backup"_s, copy}).status, 0);
+    store::Database backup = store::Database::open(copy, store::Database::OpenMode::ReadOnly);
+    store::Statement rows = backup.prepare(u"SELECT count(*) FROM cv_messages"_s);
+    ASSERT_TRUE(rows.step());
+    EXPECT_EQ(rows.integer(0), 3);
+    EXPECT_EQ(cvdctl({u"db"_s, u"backup"_s, global()}).status, 2);
+
+    const CtlRun purged = cvdctl({u"db"_s, u"purge"_s, u"--days"_s, u"30"_s});
+    EXPECT_EQ(purged.status, 0) << purged.err.toStdString();
+    EXPECT_TRUE(purged.out.startsWith(u"deleted 1 "_s)) << purged.out.toStdString();
+    EXPECT_EQ(cvdctl({u"db"_s, u"purge"_s, u"--days"_s, u"x"_s}).status, 2);
+    EXPECT_EQ(cvdctl({u"db"_s, u"shrink"_s}).status, 2);
+}
+
+TEST_F(CvdctlControl, AnAddressBookExportedAndImportedElsewhereIsListedAndPublished)
+{
+    const QString file = env.path(u"recip.txt"_s);
+    const CtlRun exported = cvdctl({u"export"_s, u"recipients"_s, file});
+    ASSERT_EQ(exported.status, 0) << exported.err.toStdString();
+
+    // Another machine: a fresh database without bob.
+    QFile::remove(global());
+    store::create_global_database(global());
+    EXPECT_EQ(cvdctl({u"list"_s, u"recipients"_s}).out.count(u'\n'), 1);
+    const CtlRun imported = cvdctl({u"import"_s, u"recipients"_s, file});
+    EXPECT_EQ(imported.status, 0) << imported.err.toStdString();
+    EXPECT_TRUE(cvdctl({u"list"_s, u"recipients"_s}).out.contains(u"\nbob\t"_s));
+    platform::Registry registry(env.registry_root());
+    EXPECT_EQ(registry.value_names(platform::Hive::LocalMachine, u"SOFTWARE\\Halvern\\Transfer\\Recipients"_s),
+              QStringList{u"bob"_s});
+
+    const CtlRun missing = cvdctl({u"import"_s, u"recipients"_s, env.path(u"nope.txt"_s)});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_FALSE(missing.err.isEmpty());
+    EXPECT_EQ(cvdctl({u"import"_s, u"people"_s, file}).status, 2);
 }
 
 TEST_F(CvdctlControl, StopAsksAndGivesUpAfterItsTimeLimit)

@@ -1,0 +1,112 @@
+#include "tools/db_commands.h"
+
+#include "core/databases.h"
+#include "core/error_path.h"
+#include "core/file_ops.h"
+#include "store/maintenance.h"
+#include "store/schema.h"
+#include "tools/direct_access.h"
+
+#include <QFileInfo>
+#include <QThread>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::tools {
+
+namespace {
+
+constexpr int kOk = 0;
+constexpr int kFailed = 1;
+constexpr int kUsage = 2;
+
+// Between steps of a long job the connection lets go, so that the console and the engine are served.
+void breathe()
+{
+    QThread::msleep(5);
+}
+
+int check(AppState& state, QTextStream& out)
+{
+    store::Database& db = state.global_db;
+    const QStringList findings = store::integrity_check(db);
+    out << "integrity: " << findings.join(u"; "_s) << '\n';
+    const std::optional<int> version = store::stored_version(db);
+    out << "version: " << (version ? QString::number(*version) : u"unknown"_s) << '\n';
+    for (const auto& [table, count] : store::table_row_counts(db)) {
+        out << table << ": " << count << '\n';
+    }
+    return findings == QStringList{u"ok"_s} ? kOk : kFailed;
+}
+
+int backup(AppState& state, const QString& target, QTextStream& out, QTextStream& err)
+{
+    if (target.isEmpty()) {
+        err << "cvdctl db backup: usage: db backup FILE\n";
+        return kUsage;
+    }
+    if (QFileInfo(target).absoluteFilePath() == QFileInfo(global_db_path(state)).absoluteFilePath()) {
+        err << "cvdctl db backup: the backup cannot replace the database itself\n";
+        return kUsage;
+    }
+    store::backup_to(state.global_db, target, breathe);
+    out << "backed up " << global_db_path(state) << " to " << target << '\n';
+    return kOk;
+}
+
+int purge(AppState& state, const QStringList& options, QTextStream& out, QTextStream& err)
+{
+    load_settings(state);
+    int days = state.settings.get_setting_long(u"database"_s, u"purge_after"_s);
+    if (options.size() == 2 && options.at(0) == u"--days") {
+        bool ok = false;
+        days = options.at(1).toInt(&ok);
+        if (!ok || days < 0) {
+            err << "cvdctl db purge: --days takes a number of days\n";
+            return kUsage;
+        }
+    } else if (!options.isEmpty()) {
+        err << "cvdctl db purge: usage: db purge [--days N]\n";
+        return kUsage;
+    }
+    const QDateTime cutoff = state.clock.now().addDays(-days);
+    const qint64 deleted = store::purge_finished_messages(state.global_db, cutoff, 2000, breathe);
+    out << "deleted " << deleted << " finished messages older than " << days << " days\n";
+    return kOk;
+}
+
+} // namespace
+
+int run_db_command(const QStringList& arguments, QTextStream& out, QTextStream& err)
+{
+    QStringList rest = arguments;
+    const bool local_db = take_local_switch(rest);
+    const QString command = rest.value(0);
+    if (command != u"check" && command != u"backup" && command != u"purge") {
+        err << "cvdctl db: usage: db check | db backup FILE | db purge [--days N]\n";
+        return kUsage;
+    }
+    DirectAccess direct(local_db);
+    AppState& state = direct.state;
+    if (!isfile(global_db_path(state))) {
+        err << "cvdctl db " << command << ": no database at " << global_db_path(state) << '\n';
+        return kFailed;
+    }
+    try {
+        open_database(state);
+        if (command == u"check") {
+            return check(state, out);
+        }
+        if (command == u"backup") {
+            return backup(state, rest.value(1), out, err);
+        }
+        return purge(state, rest.mid(1), out, err);
+    } catch (const store::Error& error) {
+        err << "cvdctl db " << command << ": " << error.message() << '\n';
+    } catch (const ProgramHalted& halted) {
+        err << "cvdctl db " << command << ": " << halted.text() << '\n';
+    }
+    return kFailed;
+}
+
+} // namespace cvd::tools

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QStringList>
+#include <QTextStream>
+
+namespace cvd::tools {
+
+// `cvdctl db check|backup FILE|purge [--days N]`, for administrators, while everything keeps running.
+int run_db_command(const QStringList& arguments, QTextStream& out, QTextStream& err);
+
+} // namespace cvd::tools

@@ -1,0 +1,104 @@
+#include "store/maintenance.h"
+#include "store/schema.h"
+#include "store_test_support.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::store {
+namespace {
+
+qint64 count(Database& db, const QString& sql)
+{
+    Statement select = db.prepare(sql);
+    return select.step() ? select.integer(0).value_or(-1) : -1;
+}
+
+void insert_message(Database& db, const QString& recipient, int sent, const QDateTime& sent_at)
+{
+    Statement insert =
+        db.prepare(u"INSERT INTO cv_messages (cv_recipient, cv_sent, cv_error, cv_scheduled, cv_date_time_sent) VALUES "
+                   "(?1, ?2, 0, ?2, ?3)"_s);
+    insert.bind(1, recipient).bind(2, sent);
+    if (sent_at.isValid()) {
+        insert.bind(3, sent_at);
+    } else {
+        insert.bind_null(3);
+    }
+    insert.exec();
+}
+
+TEST(Maintenance, ANewDatabaseChecksOutAndCountsItsRows)
+{
+    testing::TempFolder folder;
+    create_global_database(folder.path(u"cvd.mdb"_s));
+    Database db = Database::open(folder.path(u"cvd.mdb"_s));
+    EXPECT_EQ(integrity_check(db), QStringList{u"ok"_s});
+    const auto counts = table_row_counts(db);
+    ASSERT_EQ(counts.size(), 8);
+    EXPECT_EQ(counts.at(0), std::make_pair(u"cv_messages"_s, qint64{0}));
+    EXPECT_EQ(counts.at(7), std::make_pair(u"cv_presets"_s, qint64{100}));
+}
+
+TEST(Maintenance, ABackupTakenWhileAnotherConnectionWritesIsSoundAndComplete)
+{
+    testing::TempFolder folder;
+    const QString path = folder.path(u"cvd.mdb"_s);
+    create_global_database(path);
+    Database db = Database::open(path);
+    {
+        Transaction transaction(db);
+        for (int row = 0; row < 20000; ++row) {
+            insert_message(db, u"before"_s, 0, {});
+        }
+        transaction.commit();
+    }
+
+    std::atomic<bool> stop{false};
+    std::atomic<int> written{0};
+    std::thread writer([&] {
+        Database other = Database::open(path);
+        while (!stop) {
+            insert_message(other, u"during"_s, 0, {});
+            ++written;
+        }
+    });
+    backup_to(db, folder.path(u"copy.mdb"_s), [] { std::this_thread::yield(); });
+    stop = true;
+    writer.join();
+
+    Database copy = Database::open(folder.path(u"copy.mdb"_s), Database::OpenMode::ReadOnly);
+    EXPECT_EQ(integrity_check(copy), QStringList{u"ok"_s});
+    EXPECT_EQ(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'before'"_s), 20000);
+    EXPECT_LE(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'during'"_s), written.load());
+    EXPECT_EQ(classify(copy), FileKind::Global);
+}
+
+TEST(Maintenance, PurgeRemovesExactlyTheOldFinishedRows)
+{
+    testing::TempFolder folder;
+    create_global_database(folder.path(u"cvd.mdb"_s));
+    Database db = Database::open(folder.path(u"cvd.mdb"_s));
+    const QDateTime now(QDate(2026, 11, 23), QTime(12, 0));
+    for (int row = 0; row < 7; ++row) {
+        insert_message(db, u"old sent"_s, -1, now.addDays(-40 - row));
+    }
+    insert_message(db, u"new sent"_s, -1, now.addDays(-2));
+    insert_message(db, u"old waiting"_s, 0, now.addDays(-90));
+    insert_message(db, u"sent, no date"_s, -1, {});
+    db.exec(u"INSERT INTO cv_messages (cv_recipient, cv_sent, cv_scheduled, cv_error, cv_date_time_sent) VALUES "
+            "('old pending', 0, -1, 0, '2020-01-01 00:00:00')"_s);
+
+    int pauses = 0;
+    EXPECT_EQ(purge_finished_messages(db, now.addDays(-30), 3, [&] { ++pauses; }), 7);
+    EXPECT_EQ(pauses, 2); // batches of 3, 3 and 1
+    EXPECT_EQ(count(db, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'old sent'"_s), 0);
+    EXPECT_EQ(count(db, u"SELECT count(*) FROM cv_messages"_s), 4);
+    EXPECT_EQ(purge_finished_messages(db, now.addDays(-30)), 0);
+}
+
+} // namespace
+} // namespace cvd::store
