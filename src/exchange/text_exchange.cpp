@@ -266,12 +266,11 @@ QList<Value> record_values(const Record& record, const QList<Column>& columns)
 
 std::optional<qint64> first_rowid(store::Database& db, const QString& table, const Value& name)
 {
-    store::Statement query = db.prepare(u"SELECT rowid FROM "_s + table + u" WHERE cv_name = ?1 LIMIT 1"_s);
+    store::Statement& query = db.cached(u"SELECT rowid FROM "_s + table + u" WHERE cv_name = ?1 LIMIT 1"_s);
     bind_value(query, 1, name);
-    if (!query.step()) {
-        return std::nullopt;
-    }
-    return query.integer(0);
+    const std::optional<qint64> rowid = query.step() ? query.integer(0) : std::nullopt;
+    query.reset(); // a cached statement must not hold its read open
+    return rowid;
 }
 
 bool name_exists(store::Database& db, const Value& name)
@@ -298,7 +297,7 @@ void import_named_row(store::Database& db, ExchangeKind kind, const QList<Value>
             ++counts.skipped;
             return;
         }
-        store::Statement remove = db.prepare(u"DELETE FROM "_s + table + u" WHERE rowid = ?1"_s);
+        store::Statement& remove = db.cached(u"DELETE FROM "_s + table + u" WHERE rowid = ?1"_s);
         remove.bind(1, *existing);
         remove.exec();
     }
@@ -317,7 +316,7 @@ void import_named_row(store::Database& db, ExchangeKind kind, const QList<Value>
     for (int i = 1; i <= row.size(); ++i) {
         placeholders.append(u"?"_s + QString::number(i));
     }
-    store::Statement insert = db.prepare(u"INSERT INTO "_s + table + u" ("_s + column_list(columns_of(kind)) +
+    store::Statement& insert = db.cached(u"INSERT INTO "_s + table + u" ("_s + column_list(columns_of(kind)) +
                                          extra_column + u") VALUES ("_s + placeholders.join(u", "_s) + u")"_s);
     for (int i = 0; i < row.size(); ++i) {
         bind_value(insert, i + 1, row.at(i));

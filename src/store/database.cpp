@@ -225,7 +225,8 @@ bool Statement::flag(int column) const
 Database::Database(sqlite3* db, QString path) : m_db(db), m_path(std::move(path)) {}
 
 Database::Database(Database&& other) noexcept
-    : m_db(std::exchange(other.m_db, nullptr)), m_path(std::exchange(other.m_path, QString()))
+    : m_db(std::exchange(other.m_db, nullptr)), m_path(std::exchange(other.m_path, QString())),
+      m_cache(std::move(other.m_cache))
 {
 }
 
@@ -235,6 +236,7 @@ Database& Database::operator=(Database&& other) noexcept
         close();
         m_db = std::exchange(other.m_db, nullptr);
         m_path = std::exchange(other.m_path, QString());
+        m_cache = std::move(other.m_cache);
     }
     return *this;
 }
@@ -273,8 +275,24 @@ Database Database::open(const QString& path, OpenMode mode)
 
 void Database::close()
 {
+    m_cache.reset();
     // close_v2 waits for statements still alive; they finalize later without touching a freed handle.
     sqlite3_close_v2(std::exchange(m_db, nullptr));
+}
+
+Statement& Database::cached(const QString& sql)
+{
+    if (!m_cache) {
+        m_cache = std::make_unique<std::map<QString, Statement>>();
+    }
+    auto found = m_cache->find(sql);
+    if (found == m_cache->end()) {
+        found = m_cache->emplace(sql, prepare(sql)).first;
+    } else {
+        found->second.reset();
+        found->second.clear_bindings();
+    }
+    return found->second;
 }
 
 Statement Database::prepare(const QString& sql)

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QString>
 #include <QStringList>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -111,6 +112,9 @@ public:
     void close();
 
     Statement prepare(const QString& sql);
+    // A statement prepared once per connection and handed out again, reset and without bindings, for loops
+    // that run the same SQL many times. Valid until the connection closes.
+    Statement& cached(const QString& sql);
     // Runs SQL text without parameters (schema statements, literals of our own).
     void exec(const QString& sql);
 
@@ -138,6 +142,7 @@ private:
     explicit Database(sqlite3* db, QString path);
     sqlite3* m_db = nullptr;
     QString m_path;
+    std::unique_ptr<std::map<QString, Statement>> m_cache;
 };
 
 // BEGIN IMMEDIATE on construction; rolled back on destruction unless committed.
