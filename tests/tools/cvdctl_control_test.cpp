@@ -3,7 +3,7 @@
 #include "store/database.h"
 #include "store/schema.h"
 #include "support/test_environment.h"
-#include "tools/cvdctl.h"
+#include "tools/cvdctl_runner.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,24 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace cvd::tools {
 namespace {
-
-struct CtlRun
-{
-    int status = 0;
-    QString out;
-    QString err;
-};
-
-CtlRun cvdctl(const QStringList& arguments)
-{
-    CtlRun run;
-    QTextStream out(&run.out);
-    QTextStream err(&run.err);
-    run.status = run_cvdctl(arguments, out, err);
-    out.flush();
-    err.flush();
-    return run;
-}
 
 class CvdctlControl : public ::testing::Test
 {

@@ -1,6 +1,6 @@
 #include "platform/registry.h"
 #include "support/test_environment.h"
-#include "tools/cvdctl.h"
+#include "tools/cvdctl_runner.h"
 
 #include <gtest/gtest.h>
 
@@ -8,24 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace cvd::tools {
 namespace {
-
-struct CtlRun
-{
-    int status = 0;
-    QString out;
-    QString err;
-};
-
-CtlRun cvdctl(const QStringList& arguments)
-{
-    CtlRun run;
-    QTextStream out(&run.out);
-    QTextStream err(&run.err);
-    run.status = run_cvdctl(arguments, out, err);
-    out.flush();
-    err.flush();
-    return run;
-}
 
 const QString kMessages = u"SOFTWARE\\Halvern\\Transfer\\Messages\\job1"_s;
 
