@@ -226,13 +226,7 @@ std::optional<GroupNotice> edit_group(AppState& state, const QString& name, bool
 
 QList<RecipientListEntry> list_groups(store::Database& db)
 {
-    store::Statement query =
-        db.prepare(u"SELECT cv_name, cv_full_name FROM cv_recipients WHERE (cv_group <> 0) ORDER BY cv_full_name"_s);
-    QList<RecipientListEntry> entries;
-    while (query.step()) {
-        entries.append({text_column(query, 0), text_column(query, 1)});
-    }
-    return entries;
+    return list_recipient_rows(db, true);
 }
 
 GroupListCaptions group_list_captions(GroupListMode mode)

@@ -134,15 +134,23 @@ std::optional<RecipientNotice> delete_recipient(store::Database& db, const QStri
     return std::nullopt;
 }
 
-QList<RecipientListEntry> list_recipients(store::Database& db)
+QList<RecipientListEntry> list_recipient_rows(store::Database& db, bool groups)
 {
     store::Statement query =
-        db.prepare(u"SELECT cv_name, cv_full_name FROM cv_recipients WHERE cv_group = 0 ORDER BY cv_full_name"_s);
+        db.prepare(groups ? u"SELECT cv_name, cv_full_name FROM cv_recipients WHERE (cv_group <> 0) "
+                            "ORDER BY cv_full_name"_s
+                          : u"SELECT cv_name, cv_full_name FROM cv_recipients WHERE cv_group = 0 "
+                            "ORDER BY cv_full_name"_s);
     QList<RecipientListEntry> entries;
     while (query.step()) {
         entries.append({text_column(query, 0), text_column(query, 1)});
     }
     return entries;
+}
+
+QList<RecipientListEntry> list_recipients(store::Database& db)
+{
+    return list_recipient_rows(db, false);
 }
 
 ApplyOutcome apply_recipient(AppState& state, Protocol protocol, const RecipientEntry& entry, bool is_edit,

@@ -48,6 +48,8 @@ struct RecipientListEntry
     bool operator==(const RecipientListEntry&) const = default;
 };
 QList<RecipientListEntry> list_recipients(store::Database& db);
+// The rows of one kind (plain recipients or groups), by full name: what both list windows show.
+QList<RecipientListEntry> list_recipient_rows(store::Database& db, bool groups);
 
 // The dialog's Apply against state.global_db, failures through the common error path ("Procedure:
 // frmAddRecipient apply"). The names come back as the boxes show them afterwards (quotes replaced).

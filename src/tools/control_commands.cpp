@@ -132,14 +132,7 @@ int run_notify_command(const QStringList& arguments, QTextStream& out, QTextStre
 int run_stop_command(const QStringList& arguments, QTextStream& out, QTextStream& err)
 {
     int limit_seconds = 30;
-    if (arguments.size() == 2 && arguments.at(0) == u"--timeout") {
-        bool ok = false;
-        limit_seconds = arguments.at(1).toInt(&ok);
-        if (!ok || limit_seconds < 0) {
-            err << "cvdctl stop: --timeout takes a number of seconds\n";
-            return kUsage;
-        }
-    } else if (!arguments.isEmpty()) {
+    if (!read_count_option(arguments, u"--timeout"_s, limit_seconds)) {
         err << "cvdctl stop: usage: stop [--timeout SECONDS]\n";
         return kUsage;
     }

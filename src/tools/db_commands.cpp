@@ -58,14 +58,7 @@ int purge(AppState& state, const QStringList& options, QTextStream& out, QTextSt
 {
     load_settings(state);
     int days = state.settings.get_setting_long(u"database"_s, u"purge_after"_s);
-    if (options.size() == 2 && options.at(0) == u"--days") {
-        bool ok = false;
-        days = options.at(1).toInt(&ok);
-        if (!ok || days < 0) {
-            err << "cvdctl db purge: --days takes a number of days\n";
-            return kUsage;
-        }
-    } else if (!options.isEmpty()) {
+    if (!read_count_option(options, u"--days"_s, days)) {
         err << "cvdctl db purge: usage: db purge [--days N]\n";
         return kUsage;
     }

@@ -22,4 +22,21 @@ bool take_local_switch(QStringList& arguments)
     return arguments.removeAll(u"--localdb"_s) + arguments.removeAll(u"/localdb"_s) > 0;
 }
 
+bool read_count_option(const QStringList& options, const QString& flag, int& value)
+{
+    if (options.isEmpty()) {
+        return true;
+    }
+    if (options.size() != 2 || options.at(0) != flag) {
+        return false;
+    }
+    bool ok = false;
+    const int count = options.at(1).toInt(&ok);
+    if (!ok || count < 0) {
+        return false;
+    }
+    value = count;
+    return true;
+}
+
 } // namespace cvd::tools
