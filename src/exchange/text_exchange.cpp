@@ -2,7 +2,7 @@
 
 #include "core/app_state.h"
 #include "core/file_ops.h"
-#include "exchange/text_format.h"
+#include "core/record_format.h"
 #include "store/database.h"
 
 #include <QFile>

@@ -1,7 +1,7 @@
 #include "core/app_state.h"
 #include "core/databases.h"
+#include "core/record_format.h"
 #include "exchange/text_exchange.h"
-#include "exchange/text_format.h"
 #include "store/database.h"
 #include "store/schema.h"
 #include "support/test_environment.h"

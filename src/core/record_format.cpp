@@ -1,8 +1,8 @@
-#include "exchange/text_format.h"
+#include "core/record_format.h"
 
 using namespace Qt::Literals::StringLiterals;
 
-namespace cvd::exchange {
+namespace cvd {
 
 namespace {
 
@@ -255,4 +255,4 @@ std::optional<std::optional<bool>> field_as_flag(const Field& field)
     return std::optional<bool>(value != 0);
 }
 
-} // namespace cvd::exchange
+} // namespace cvd

@@ -4,11 +4,12 @@
 #include <QString>
 #include <optional>
 
-namespace cvd::exchange {
+namespace cvd {
 
-// The line format of the exchange files: one record a line ending in CR LF, fields separated by commas. A text
-// stands between double quotes; a double quote inside it is written twice, so that any text comes back as it
-// went out. Numbers are bare, booleans and null are words between number signs (#TRUE#, #FALSE#, #NULL#).
+// The line format of the exchange files, and of the preset files older installations kept: one record a line ending in
+// CR LF, fields separated by commas. A text stands between double quotes; a double quote inside it is written twice, so
+// that any text comes back as it went out. Numbers are bare, booleans and null are words between number signs (#TRUE#,
+// #FALSE#, #NULL#).
 
 struct Field
 {
@@ -49,4 +50,4 @@ std::optional<std::optional<QString>> field_as_text(const Field& field);
 std::optional<std::optional<qint64>> field_as_number(const Field& field);
 std::optional<std::optional<bool>> field_as_flag(const Field& field);
 
-} // namespace cvd::exchange
+} // namespace cvd
