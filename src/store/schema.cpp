@@ -25,6 +25,7 @@ struct Column
 {
     const char* name;
     Kind kind;
+    int size = 0; // the width a text column declares; SQLite keeps it as part of the type and enforces nothing
 };
 
 struct Table
@@ -42,13 +43,13 @@ struct Index
 };
 
 constexpr Column kMessages[] = {
-    {"cv_recipient", Kind::Text},
-    {"cv_pin", Kind::Text},
+    {"cv_recipient", Kind::Text, 40},
+    {"cv_pin", Kind::Text, 40},
     {"cv_message", Kind::Memo},
-    {"cv_carrier", Kind::Text},
+    {"cv_carrier", Kind::Text, 40},
     {"cv_date_time_requested", Kind::Date},
     {"cv_date_time_sent", Kind::Date},
-    {"cv_from", Kind::Text},
+    {"cv_from", Kind::Text, 80},
     {"cv_sent", Kind::Boolean},
     {"cv_error", Kind::Boolean},
     {"cv_scheduled", Kind::Boolean},
@@ -62,35 +63,26 @@ constexpr Column kMessages[] = {
 };
 
 constexpr Column kRecipients[] = {
-    {"cv_name", Kind::Text},       {"cv_full_name", Kind::Text},      {"cv_id", Kind::Text},
-    {"cv_carrier", Kind::Text},    {"cv_maxchars", Kind::Integer},    {"cv_alpha", Kind::Boolean},
-    {"cv_on_call", Kind::Boolean}, {"cv_ad_hoc", Kind::Boolean},      {"cv_drop_control", Kind::Boolean},
-    {"cv_group", Kind::Boolean},   {"cv_SendSubject", Kind::Boolean}, {"cv_extra1", Kind::Text},
-    {"cv_extra2", Kind::Text},     {"cv_remove_from", Kind::Boolean}, {"cv_priority", Kind::Long},
+    {"cv_name", Kind::Text, 40},    {"cv_full_name", Kind::Text, 40},  {"cv_id", Kind::Text, 80},
+    {"cv_carrier", Kind::Text, 40}, {"cv_maxchars", Kind::Integer},    {"cv_alpha", Kind::Boolean},
+    {"cv_on_call", Kind::Boolean},  {"cv_ad_hoc", Kind::Boolean},      {"cv_drop_control", Kind::Boolean},
+    {"cv_group", Kind::Boolean},    {"cv_SendSubject", Kind::Boolean}, {"cv_extra1", Kind::Text, 80},
+    {"cv_extra2", Kind::Text, 80},  {"cv_remove_from", Kind::Boolean}, {"cv_priority", Kind::Long},
 };
 
 constexpr Column kCarriers[] = {
-    {"cv_name", Kind::Text},
-    {"cv_phone_number", Kind::Text},
-    {"cv_modem_settings", Kind::Text},
-    {"cv_maxchars", Kind::Integer},
-    {"cv_init_string", Kind::Text},
-    {"cv_retries", Kind::Integer},
-    {"cv_message_limit", Kind::Integer},
-    {"cv_dial_type", Kind::Text},
-    {"cv_auth_type", Kind::Integer},
-    {"cv_auth_user", Kind::Text},
-    {"cv_auth_pass", Kind::Text},
-    {"cv_relay_mail", Kind::Boolean},
-    {"cv_relay_server", Kind::Text},
-    {"cv_priority", Kind::Long},
+    {"cv_name", Kind::Text, 40},         {"cv_phone_number", Kind::Text, 80}, {"cv_modem_settings", Kind::Text, 15},
+    {"cv_maxchars", Kind::Integer},      {"cv_init_string", Kind::Text, 80},  {"cv_retries", Kind::Integer},
+    {"cv_message_limit", Kind::Integer}, {"cv_dial_type", Kind::Text, 40},    {"cv_auth_type", Kind::Integer},
+    {"cv_auth_user", Kind::Text, 80},    {"cv_auth_pass", Kind::Text, 40},    {"cv_relay_mail", Kind::Boolean},
+    {"cv_relay_server", Kind::Text, 80}, {"cv_priority", Kind::Long},
 };
 
 constexpr Column kSettings[] = {
     {"cv_id", Kind::Auto},
-    {"cv_category", Kind::Text},
-    {"cv_name", Kind::Text},
-    {"cv_value", Kind::Text},
+    {"cv_category", Kind::Text, 40},
+    {"cv_name", Kind::Text, 40},
+    {"cv_value", Kind::Text, 255},
 };
 
 constexpr Column kCounters[] = {
@@ -99,18 +91,21 @@ constexpr Column kCounters[] = {
 };
 
 constexpr Column kGroups[] = {
-    {"cv_group", Kind::Text},
-    {"cv_recipient", Kind::Text},
+    {"cv_group", Kind::Text, 40},
+    {"cv_recipient", Kind::Text, 40},
 };
 
 constexpr Column kOnCallTable[] = {
-    {"cv_group", Kind::Text},      {"cv_recipient", Kind::Text},   {"cv_start_day", Kind::Integer},
-    {"cv_start_time", Kind::Date}, {"cv_stop_day", Kind::Integer}, {"cv_stop_time", Kind::Date},
+    {"cv_group", Kind::Text, 40},  {"cv_recipient", Kind::Text, 40}, {"cv_start_day", Kind::Integer},
+    {"cv_start_time", Kind::Date}, {"cv_stop_day", Kind::Integer},   {"cv_stop_time", Kind::Date},
 };
 
 constexpr Column kPresets[] = {
-    {"cv_id", Kind::Auto},        {"cv_index", Kind::Long},   {"cv_description", Kind::Text},
-    {"cv_recipient", Kind::Text}, {"cv_message", Kind::Text},
+    {"cv_id", Kind::Auto},
+    {"cv_index", Kind::Long},
+    {"cv_description", Kind::Text, 100},
+    {"cv_recipient", Kind::Text, 40},
+    {"cv_message", Kind::Text, 255},
 };
 
 constexpr Table kGlobalTables[] = {
@@ -251,10 +246,11 @@ constexpr SettingRow kUserSettings[] = {
     {"display", "connection_monitor_height", "0"},
 };
 
-QString column_type(Kind kind)
+QString column_type(Kind kind, int size)
 {
     switch (kind) {
     case Kind::Text:
+        return u"TEXT(%1) COLLATE NOCASE"_s.arg(size);
     case Kind::Memo:
         return u"TEXT COLLATE NOCASE"_s;
     case Kind::Date:
@@ -274,7 +270,7 @@ void create_tables(Database& db, std::span<const Table> tables)
     for (const Table& table : tables) {
         QStringList columns;
         for (const Column& column : table.columns) {
-            columns.append(QString::fromLatin1(column.name) + u' ' + column_type(column.kind));
+            columns.append(QString::fromLatin1(column.name) + u' ' + column_type(column.kind, column.size));
         }
         db.exec(u"CREATE TABLE "_s + QString::fromLatin1(table.name) + u" ("_s + columns.join(u", "_s) + u')');
     }
@@ -334,17 +330,8 @@ void insert_global_rows(Database& db)
     insert_presets(db, true);
     SettingsWriter settings(db);
     settings.add(kGlobalSettings);
-    const QString level = u"level"_s;
-    for (const char* name : kGlobalLevelSwitches) {
-        settings.add(level, QString::fromLatin1(name), u"0"_s);
-    }
-    for (const char* name : kUserLevelSwitches) {
-        settings.add(level, QString::fromLatin1(name), u"-1"_s);
-    }
-    for (const char* window : kFolderWindows) {
-        for (const char* side : kWindowSides) {
-            settings.add(level, u"user_"_s + QString::fromLatin1(window) + QString::fromLatin1(side), u"-1"_s);
-        }
+    for (const auto& [name, value] : level_switch_defaults()) {
+        settings.add(u"level"_s, name, value);
     }
 }
 
@@ -421,6 +408,70 @@ bool publish_new_file(const QString& temp_path, const QString& path)
         return false; // another process created it meanwhile; theirs stands
     }
     throw Error(SQLITE_CANTOPEN, QString::fromLocal8Bit(std::strerror(link_errno)) + u" (publishing "_s + path + u')');
+}
+
+QList<std::pair<QString, QString>> level_switch_defaults()
+{
+    QList<std::pair<QString, QString>> switches;
+    for (const char* name : kGlobalLevelSwitches) {
+        switches.append({QString::fromLatin1(name), u"0"_s});
+    }
+    for (const char* name : kUserLevelSwitches) {
+        switches.append({QString::fromLatin1(name), u"-1"_s});
+    }
+    for (const char* window : kFolderWindows) {
+        for (const char* side : kWindowSides) {
+            switches.append({u"user_"_s + QString::fromLatin1(window) + QString::fromLatin1(side), u"-1"_s});
+        }
+    }
+    return switches;
+}
+
+void create_current_table(Database& db, const QString& table)
+{
+    for (const Table& known : kGlobalTables) {
+        if (table == QLatin1StringView(known.name)) {
+            create_tables(db, std::span<const Table>(&known, 1));
+            return;
+        }
+    }
+    throw Error(SQLITE_ERROR, u"no such table in the current layout: "_s + table);
+}
+
+void create_current_index(Database& db, const QString& index)
+{
+    for (const Index& known : kGlobalIndexes) {
+        if (index == QLatin1StringView(known.name)) {
+            create_indexes(db, std::span<const Index>(&known, 1));
+            return;
+        }
+    }
+    throw Error(SQLITE_ERROR, u"no such index in the current layout: "_s + index);
+}
+
+QString column_definition(const QString& table, const QString& column)
+{
+    for (const Table& known : kGlobalTables) {
+        if (table != QLatin1StringView(known.name)) {
+            continue;
+        }
+        for (const Column& field : known.columns) {
+            if (column == QLatin1StringView(field.name)) {
+                return column + u' ' + column_type(field.kind, field.size);
+            }
+        }
+    }
+    throw Error(SQLITE_ERROR, u"no such column in the current layout: "_s + table + u'.' + column);
+}
+
+QString text_column_definition(const QString& column, int size)
+{
+    return column + u' ' + column_type(Kind::Text, size);
+}
+
+void insert_default_presets(Database& db)
+{
+    insert_presets(db, true);
 }
 
 void create_global_database(const QString& path)

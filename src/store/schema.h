@@ -2,8 +2,10 @@
 
 #include "store/database.h"
 
+#include <QList>
 #include <QString>
 #include <optional>
+#include <utility>
 
 namespace cvd::store {
 
@@ -20,6 +22,19 @@ void create_user_database(const QString& path);
 // the file got there, false when another file stood at path already (it is left alone). Throws Error when
 // the link fails for another reason.
 bool publish_new_file(const QString& temp_path, const QString& path);
+
+// Pieces of the current layout, for the routines that bring older files up to date. Each throws Error for a
+// name the current layout does not have.
+void create_current_table(Database& db, const QString& table);
+void create_current_index(Database& db, const QString& index);
+// "cv_priority INTEGER", as the current layout declares the column (for ALTER TABLE ... ADD COLUMN).
+QString column_definition(const QString& table, const QString& column);
+// A text column of the given width that the current layout does not have (an older file's own column).
+QString text_column_definition(const QString& column, int size);
+// The presets 1 to 100 of a new global database, "Prog 1" to "Prog 5" first.
+void insert_default_presets(Database& db);
+// The switches of category level and their defaults, in the order a new global database lists them.
+QList<std::pair<QString, QString>> level_switch_defaults();
 
 // What an opened file turns out to be. Only reads.
 enum class FileKind {

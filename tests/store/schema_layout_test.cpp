@@ -22,6 +22,7 @@ struct ExpectedColumn
 {
     QString name;
     Kind kind;
+    int width = 0; // the declared width of a text column
 };
 
 struct ExpectedTable
@@ -32,13 +33,13 @@ struct ExpectedTable
 
 // Written out from the table layouts, column by column; not taken from the code under test.
 const ExpectedTable kMessages{u"cv_messages"_s,
-                              {{u"cv_recipient"_s, Kind::Text},
-                               {u"cv_pin"_s, Kind::Text},
+                              {{u"cv_recipient"_s, Kind::Text, 40},
+                               {u"cv_pin"_s, Kind::Text, 40},
                                {u"cv_message"_s, Kind::Memo},
-                               {u"cv_carrier"_s, Kind::Text},
+                               {u"cv_carrier"_s, Kind::Text, 40},
                                {u"cv_date_time_requested"_s, Kind::Date},
                                {u"cv_date_time_sent"_s, Kind::Date},
-                               {u"cv_from"_s, Kind::Text},
+                               {u"cv_from"_s, Kind::Text, 80},
                                {u"cv_sent"_s, Kind::Boolean},
                                {u"cv_error"_s, Kind::Boolean},
                                {u"cv_scheduled"_s, Kind::Boolean},
@@ -50,10 +51,10 @@ const ExpectedTable kMessages{u"cv_messages"_s,
                                {u"cv_transaction"_s, Kind::Long},
                                {u"cv_priority"_s, Kind::Long}}};
 const ExpectedTable kRecipients{u"cv_recipients"_s,
-                                {{u"cv_name"_s, Kind::Text},
-                                 {u"cv_full_name"_s, Kind::Text},
-                                 {u"cv_id"_s, Kind::Text},
-                                 {u"cv_carrier"_s, Kind::Text},
+                                {{u"cv_name"_s, Kind::Text, 40},
+                                 {u"cv_full_name"_s, Kind::Text, 40},
+                                 {u"cv_id"_s, Kind::Text, 80},
+                                 {u"cv_carrier"_s, Kind::Text, 40},
                                  {u"cv_maxchars"_s, Kind::Integer},
                                  {u"cv_alpha"_s, Kind::Boolean},
                                  {u"cv_on_call"_s, Kind::Boolean},
@@ -61,35 +62,35 @@ const ExpectedTable kRecipients{u"cv_recipients"_s,
                                  {u"cv_drop_control"_s, Kind::Boolean},
                                  {u"cv_group"_s, Kind::Boolean},
                                  {u"cv_SendSubject"_s, Kind::Boolean},
-                                 {u"cv_extra1"_s, Kind::Text},
-                                 {u"cv_extra2"_s, Kind::Text},
+                                 {u"cv_extra1"_s, Kind::Text, 80},
+                                 {u"cv_extra2"_s, Kind::Text, 80},
                                  {u"cv_remove_from"_s, Kind::Boolean},
                                  {u"cv_priority"_s, Kind::Long}}};
 const ExpectedTable kCarriers{u"cv_carriers"_s,
-                              {{u"cv_name"_s, Kind::Text},
-                               {u"cv_phone_number"_s, Kind::Text},
-                               {u"cv_modem_settings"_s, Kind::Text},
+                              {{u"cv_name"_s, Kind::Text, 40},
+                               {u"cv_phone_number"_s, Kind::Text, 80},
+                               {u"cv_modem_settings"_s, Kind::Text, 15},
                                {u"cv_maxchars"_s, Kind::Integer},
-                               {u"cv_init_string"_s, Kind::Text},
+                               {u"cv_init_string"_s, Kind::Text, 80},
                                {u"cv_retries"_s, Kind::Integer},
                                {u"cv_message_limit"_s, Kind::Integer},
-                               {u"cv_dial_type"_s, Kind::Text},
+                               {u"cv_dial_type"_s, Kind::Text, 40},
                                {u"cv_auth_type"_s, Kind::Integer},
-                               {u"cv_auth_user"_s, Kind::Text},
-                               {u"cv_auth_pass"_s, Kind::Text},
+                               {u"cv_auth_user"_s, Kind::Text, 80},
+                               {u"cv_auth_pass"_s, Kind::Text, 40},
                                {u"cv_relay_mail"_s, Kind::Boolean},
-                               {u"cv_relay_server"_s, Kind::Text},
+                               {u"cv_relay_server"_s, Kind::Text, 80},
                                {u"cv_priority"_s, Kind::Long}}};
 const ExpectedTable kSettings{u"cv_settings"_s,
                               {{u"cv_id"_s, Kind::Auto},
-                               {u"cv_category"_s, Kind::Text},
-                               {u"cv_name"_s, Kind::Text},
-                               {u"cv_value"_s, Kind::Text}}};
+                               {u"cv_category"_s, Kind::Text, 40},
+                               {u"cv_name"_s, Kind::Text, 40},
+                               {u"cv_value"_s, Kind::Text, 255}}};
 const ExpectedTable kCounters{u"cv_counters"_s, {{u"cv_id"_s, Kind::Auto}, {u"cv_unique"_s, Kind::Long}}};
-const ExpectedTable kGroups{u"cv_groups"_s, {{u"cv_group"_s, Kind::Text}, {u"cv_recipient"_s, Kind::Text}}};
+const ExpectedTable kGroups{u"cv_groups"_s, {{u"cv_group"_s, Kind::Text, 40}, {u"cv_recipient"_s, Kind::Text, 40}}};
 const ExpectedTable kOnCall{u"cv_oncalltable"_s,
-                            {{u"cv_group"_s, Kind::Text},
-                             {u"cv_recipient"_s, Kind::Text},
+                            {{u"cv_group"_s, Kind::Text, 40},
+                             {u"cv_recipient"_s, Kind::Text, 40},
                              {u"cv_start_day"_s, Kind::Integer},
                              {u"cv_start_time"_s, Kind::Date},
                              {u"cv_stop_day"_s, Kind::Integer},
@@ -97,17 +98,20 @@ const ExpectedTable kOnCall{u"cv_oncalltable"_s,
 const ExpectedTable kPresets{u"cv_presets"_s,
                              {{u"cv_id"_s, Kind::Auto},
                               {u"cv_index"_s, Kind::Long},
-                              {u"cv_description"_s, Kind::Text},
-                              {u"cv_recipient"_s, Kind::Text},
-                              {u"cv_message"_s, Kind::Text}}};
+                              {u"cv_description"_s, Kind::Text, 100},
+                              {u"cv_recipient"_s, Kind::Text, 40},
+                              {u"cv_message"_s, Kind::Text, 255}}};
 
 const std::vector<ExpectedTable> kGlobalTables = {kMessages, kRecipients, kCarriers, kSettings,
                                                   kCounters, kGroups,     kOnCall,   kPresets};
 const std::vector<ExpectedTable> kUserTables = {kSettings, kPresets};
 
-QString declared_type(Kind kind)
+QString declared_type(const ExpectedColumn& column)
 {
-    return kind == Kind::Text || kind == Kind::Memo || kind == Kind::Date ? u"TEXT"_s : u"INTEGER"_s;
+    if (column.kind == Kind::Text) {
+        return u"TEXT(%1)"_s.arg(column.width);
+    }
+    return column.kind == Kind::Memo || column.kind == Kind::Date ? u"TEXT"_s : u"INTEGER"_s;
 }
 
 class SchemaLayout : public ::testing::TestWithParam<bool>
@@ -151,7 +155,7 @@ TEST_P(SchemaLayout, TablesAndColumnsAreExactlyTheOldLayoutInItsOrder)
         for (const ExpectedColumn& column : table.columns) {
             ASSERT_TRUE(info.step()) << "missing " << column.name.toStdString();
             EXPECT_EQ(info.text(0), column.name);
-            EXPECT_EQ(info.text(1), declared_type(column.kind)) << column.name.toStdString();
+            EXPECT_EQ(info.text(1), declared_type(column)) << column.name.toStdString();
             EXPECT_EQ(info.integer(2), 0) << column.name.toStdString() << " must allow null";
             EXPECT_TRUE(info.is_null(3)) << column.name.toStdString() << " must have no default";
             EXPECT_EQ(info.integer(4), column.kind == Kind::Auto ? 1 : 0) << column.name.toStdString();
