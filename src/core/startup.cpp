@@ -2,6 +2,7 @@
 
 #include "core/app_state.h"
 #include "core/clock.h"
+#include "core/conversions.h"
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "core/file_ops.h"
@@ -93,22 +94,20 @@ StartupResult refuse_version(AppState& state)
     return exit_with(kExitFailure, u"the database version does not match this program"_s);
 }
 
-// The oldest layouts carry their version in a column of their own. Their conversion is not part of this
-// program yet, so such a file is refused, untouched.
-std::optional<StartupResult> check_old_layout(AppState& state)
+// A file at 500 is converted; anything but the current version afterwards, older or newer, is refused
+// before a byte of it is written.
+std::optional<StartupResult> check_version(AppState& state, ConversionBackup& backup)
 {
-    const bool old_layout = with_retry(state, kMainProcedure,
-                                       [&] { return store::classify(state.global_db) == store::FileKind::OldLayout; });
-    if (!old_layout) {
-        return std::nullopt;
+    const QString category = u"database"_s;
+    const QString name = u"version"_s;
+    if (state.settings.get_setting_long(category, name) < store::kDatabaseVersion &&
+        upgrade_to_current(state, backup) == ConversionStatus::Failed) {
+        return exit_with(kExitFailure, u"the conversion of the database failed; a copy is kept in "_s + backup.path());
     }
-    const int version =
-        with_retry(state, kMainProcedure, [&] { return store::stored_version(state.global_db).value_or(0); });
-    if (version < 300) {
-        state.prompter.show_box(u"The existing database is too old to upgrade."_s, u"Can't Upgrade Database"_s,
-                                BoxButtons::Ok, BoxIcon::Critical);
+    if (state.settings.get_setting_long(category, name) != store::kDatabaseVersion) {
+        return refuse_version(state);
     }
-    return refuse_version(state);
+    return std::nullopt;
 }
 
 void count_start(AppState& state)
@@ -187,14 +186,18 @@ StartupResult run_startup(AppState& state, const QString& command_line, const QS
     copy_first_run_database(state);
     open_database(state);
     open_user_database(state);
-    if (const std::optional<StartupResult> refused = check_old_layout(state)) {
-        return *refused;
+    ConversionBackup backup;
+    switch (upgrade_old_layout(state, backup)) {
+    case ConversionStatus::Done:
+        break;
+    case ConversionStatus::Refused:
+        return refuse_version(state);
+    case ConversionStatus::Failed:
+        return exit_with(kExitFailure, u"the conversion of the database failed; a copy is kept in "_s + backup.path());
     }
     load_settings(state);
-    // Conversions of older versions are not part of this program yet: anything but the current version is
-    // refused before a byte of it is written.
-    if (state.settings.get_setting_long(u"database"_s, u"version"_s) != store::kDatabaseVersion) {
-        return refuse_version(state);
+    if (const std::optional<StartupResult> refused = check_version(state, backup)) {
+        return *refused;
     }
 
     decode_level_passwords(state);
