@@ -342,6 +342,21 @@ TEST_F(ConversionTest, AFailedLastConversionLeavesTheVersion500FileAsItWas)
     EXPECT_EQ(dump_database(global() + u".v500.bak"_s), before);
 }
 
+TEST_F(ConversionTest, AFailureInTheSmallConversionsHaltsThroughTheCommonPath)
+{
+    testing::make_version300_database(global());
+    exec_on(global(), u"DROP TABLE cv_recipients"_s);
+    const QStringList before = dump_database(global());
+
+    EXPECT_THROW(start(), ProgramHalted);
+    ASSERT_EQ(env.prompter.boxes.size(), 1);
+    EXPECT_EQ(env.prompter.boxes.front().title, u"CorvaneDesk Fatal Error"_s);
+    EXPECT_TRUE(env.prompter.boxes.front().text.endsWith(u"in Procedure: convert300to301 Program Halted"_s))
+        << env.prompter.boxes.front().text.toStdString();
+    state.reset();
+    EXPECT_EQ(dump_database(global()), before);
+}
+
 TEST(OldPresetFile, LinesAreReadAsDescriptionMessageAndRecipientUpToAHundred)
 {
     testing::TestEnvironment env;

@@ -4,6 +4,7 @@
 #include "platform/runtime.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/legacy_databases.h"
 #include "support/test_environment.h"
 
 #include <QDir>
@@ -180,6 +181,35 @@ TEST(Program, AFileThatIsNoDatabaseEndsTheProgramWithTheFatalText)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), junk);
+}
+
+TEST(Program, AnOldDatabaseIsConvertedAtStartAndOneTooOldIsRefused)
+{
+    testing::TestEnvironment env;
+    QDir().mkpath(env.global_db_folder());
+    const QString path = env.global_db_folder() + u"cvd.mdb"_s;
+    testing::make_version300_database(path);
+    {
+        store::Database db = store::Database::open(path);
+        db.exec(u"INSERT INTO cv_carriers (cv_name, cv_dial_type, cv_password) VALUES ('Pager', 'tap', 'u|p')"_s);
+    }
+    {
+        RunningProgram program(bin_dir() + u"cvd"_s);
+        ASSERT_TRUE(program.started()) << program.errors().toStdString();
+        EXPECT_EQ(program.terminate().status, 0);
+    }
+    EXPECT_EQ(scalar(path, u"SELECT cv_value FROM cv_settings WHERE cv_name = 'version'"_s), 501);
+    EXPECT_EQ(scalar(path, u"SELECT cv_auth_type FROM cv_carriers WHERE cv_auth_user = 'u' AND cv_auth_pass = 'p'"_s),
+              1);
+    EXPECT_EQ(scalar(path + u".v300.bak"_s, u"SELECT cv_dbversion FROM cv_settings"_s), 300);
+
+    QFile::remove(path);
+    testing::make_version300_database(path, 250);
+    const Finished refused = run_to_end(bin_dir() + u"cvd"_s, {u"--headless"_s});
+    EXPECT_NE(refused.status, 0);
+    EXPECT_TRUE(refused.err.contains(u"Can't Upgrade Database"_s)) << refused.err.toStdString();
+    EXPECT_TRUE(refused.err.contains(u"Version Mismatch"_s)) << refused.err.toStdString();
+    EXPECT_EQ(scalar(path, u"SELECT cv_dbversion FROM cv_settings"_s), 250);
 }
 
 } // namespace
