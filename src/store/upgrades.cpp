@@ -39,7 +39,7 @@ void set_old_version(Database& db, int version)
 // A number or boolean of the old settings row as the text a setting stores: "30", "-1".
 QString number_text(const std::optional<QString>& value)
 {
-    const QString trimmed = value.value_or(QString()).trimmed();
+    QString trimmed = value.value_or(QString()).trimmed();
     bool ok = false;
     const double number = trimmed.toDouble(&ok);
     if (ok && std::isfinite(number) && number == std::floor(number) && std::fabs(number) < 9.0e15) {

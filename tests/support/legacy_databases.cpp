@@ -12,31 +12,31 @@ namespace cvd::testing {
 namespace {
 
 const char* const kVersion300Tables[] = {
-    "CREATE TABLE cv_messages (cv_recipient TEXT(40) COLLATE NOCASE, cv_pin TEXT(40) COLLATE NOCASE, "
-    "cv_message TEXT COLLATE NOCASE, cv_carrier TEXT(40) COLLATE NOCASE, cv_date_time_requested TEXT, "
-    "cv_date_time_sent TEXT, cv_from TEXT(80) COLLATE NOCASE, cv_sent INTEGER, cv_error INTEGER, "
-    "cv_scheduled INTEGER, cv_repeat_interval INTEGER, cv_repeat_stop TEXT, "
-    "cv_message_id INTEGER PRIMARY KEY AUTOINCREMENT, cv_retries INTEGER, cv_last_try TEXT, "
-    "cv_transaction INTEGER, cv_trustline_index INTEGER)",
-    "CREATE TABLE cv_recipients (cv_name TEXT(40) COLLATE NOCASE, cv_full_name TEXT(40) COLLATE NOCASE, "
-    "cv_id TEXT(80) COLLATE NOCASE, cv_carrier TEXT(40) COLLATE NOCASE, cv_maxchars INTEGER, cv_alpha INTEGER, "
-    "cv_on_call INTEGER, cv_ad_hoc INTEGER, cv_drop_control INTEGER, cv_group INTEGER, cv_SendSubject INTEGER, "
-    "cv_trustline INTEGER, cv_trustline_index INTEGER, cv_notify_only INTEGER, "
-    "cv_notify_code TEXT(20) COLLATE NOCASE, cv_remove_from INTEGER)",
-    "CREATE TABLE cv_carriers (cv_name TEXT(40) COLLATE NOCASE, cv_phone_number TEXT(80) COLLATE NOCASE, "
-    "cv_modem_settings TEXT(15) COLLATE NOCASE, cv_maxchars INTEGER, cv_init_string TEXT(80) COLLATE NOCASE, "
-    "cv_retries INTEGER, cv_message_limit INTEGER, cv_dial_type TEXT(40) COLLATE NOCASE, "
-    "cv_password TEXT(20) COLLATE NOCASE, cv_pulse INTEGER)",
-    "CREATE TABLE cv_settings (cv_dbversion INTEGER, cv_retries INTEGER, cv_retry_interval INTEGER, "
-    "cv_log_to_disk INTEGER, cv_log_detail INTEGER, cv_purge_after INTEGER, cv_archive_logs INTEGER, "
-    "cv_log_length INTEGER, cv_dial_prefix TEXT(20) COLLATE NOCASE, cv_unique INTEGER, cv_port INTEGER, "
-    "cv_domain TEXT(80) COLLATE NOCASE, cv_dns1 TEXT(15) COLLATE NOCASE, cv_dns2 TEXT(15) COLLATE NOCASE, "
-    "cv_relay_mail INTEGER, cv_smtp_relay TEXT(80) COLLATE NOCASE, cv_remove_from INTEGER, "
-    "cv_admin_password TEXT(40) COLLATE NOCASE, cv_super_password TEXT(40) COLLATE NOCASE, "
-    "cv_user_password TEXT(40) COLLATE NOCASE)",
+    ("CREATE TABLE cv_messages (cv_recipient TEXT(40) COLLATE NOCASE, cv_pin TEXT(40) COLLATE NOCASE, "
+     "cv_message TEXT COLLATE NOCASE, cv_carrier TEXT(40) COLLATE NOCASE, cv_date_time_requested TEXT, "
+     "cv_date_time_sent TEXT, cv_from TEXT(80) COLLATE NOCASE, cv_sent INTEGER, cv_error INTEGER, "
+     "cv_scheduled INTEGER, cv_repeat_interval INTEGER, cv_repeat_stop TEXT, "
+     "cv_message_id INTEGER PRIMARY KEY AUTOINCREMENT, cv_retries INTEGER, cv_last_try TEXT, "
+     "cv_transaction INTEGER, cv_trustline_index INTEGER)"),
+    ("CREATE TABLE cv_recipients (cv_name TEXT(40) COLLATE NOCASE, cv_full_name TEXT(40) COLLATE NOCASE, "
+     "cv_id TEXT(80) COLLATE NOCASE, cv_carrier TEXT(40) COLLATE NOCASE, cv_maxchars INTEGER, cv_alpha INTEGER, "
+     "cv_on_call INTEGER, cv_ad_hoc INTEGER, cv_drop_control INTEGER, cv_group INTEGER, cv_SendSubject INTEGER, "
+     "cv_trustline INTEGER, cv_trustline_index INTEGER, cv_notify_only INTEGER, "
+     "cv_notify_code TEXT(20) COLLATE NOCASE, cv_remove_from INTEGER)"),
+    ("CREATE TABLE cv_carriers (cv_name TEXT(40) COLLATE NOCASE, cv_phone_number TEXT(80) COLLATE NOCASE, "
+     "cv_modem_settings TEXT(15) COLLATE NOCASE, cv_maxchars INTEGER, cv_init_string TEXT(80) COLLATE NOCASE, "
+     "cv_retries INTEGER, cv_message_limit INTEGER, cv_dial_type TEXT(40) COLLATE NOCASE, "
+     "cv_password TEXT(20) COLLATE NOCASE, cv_pulse INTEGER)"),
+    ("CREATE TABLE cv_settings (cv_dbversion INTEGER, cv_retries INTEGER, cv_retry_interval INTEGER, "
+     "cv_log_to_disk INTEGER, cv_log_detail INTEGER, cv_purge_after INTEGER, cv_archive_logs INTEGER, "
+     "cv_log_length INTEGER, cv_dial_prefix TEXT(20) COLLATE NOCASE, cv_unique INTEGER, cv_port INTEGER, "
+     "cv_domain TEXT(80) COLLATE NOCASE, cv_dns1 TEXT(15) COLLATE NOCASE, cv_dns2 TEXT(15) COLLATE NOCASE, "
+     "cv_relay_mail INTEGER, cv_smtp_relay TEXT(80) COLLATE NOCASE, cv_remove_from INTEGER, "
+     "cv_admin_password TEXT(40) COLLATE NOCASE, cv_super_password TEXT(40) COLLATE NOCASE, "
+     "cv_user_password TEXT(40) COLLATE NOCASE)"),
     "CREATE TABLE cv_groups (cv_group TEXT(40) COLLATE NOCASE, cv_recipient TEXT(40) COLLATE NOCASE)",
-    "CREATE TABLE cv_oncalltable (cv_group TEXT(40) COLLATE NOCASE, cv_recipient TEXT(40) COLLATE NOCASE, "
-    "cv_start_day INTEGER, cv_start_time TEXT, cv_stop_day INTEGER, cv_stop_time TEXT)",
+    ("CREATE TABLE cv_oncalltable (cv_group TEXT(40) COLLATE NOCASE, cv_recipient TEXT(40) COLLATE NOCASE, "
+     "cv_start_day INTEGER, cv_start_time TEXT, cv_stop_day INTEGER, cv_stop_time TEXT)"),
     "CREATE INDEX cv_carrier_index ON cv_messages (cv_carrier)",
     "CREATE INDEX cv_message_id_index ON cv_messages (cv_message_id)",
     "CREATE INDEX sent_index ON cv_messages (cv_sent)",
