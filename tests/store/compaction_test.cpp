@@ -1,0 +1,337 @@
+#include "store/compaction.h"
+#include "store/maintenance.h"
+#include "store/schema.h"
+#include "store_test_support.h"
+#include "support/writer_process.h"
+
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::store {
+namespace {
+
+using testing::query_rows;
+using testing::query_value;
+
+// A global database in shared mode, as the program keeps it, with `rows` messages of which all but every
+// fourth are deleted again: a file mostly of free pages.
+void fill_and_thin_out(const QString& path, int rows)
+{
+    create_global_database(path);
+    Database db = Database::open(path);
+    db.enable_wal();
+    Transaction transaction(db);
+    Statement insert = db.prepare(u"INSERT INTO cv_messages (cv_recipient, cv_message, cv_sent, cv_error, "
+                                  "cv_scheduled, cv_transaction) VALUES ('bob', ?1, 0, 0, 0, ?2)"_s);
+    for (int row = 1; row <= rows; ++row) {
+        insert.reset();
+        insert.bind(1, u"message text number %1, long enough to fill the pages"_s.arg(row)).bind(2, row);
+        insert.exec();
+    }
+    db.exec(u"DELETE FROM cv_messages WHERE cv_transaction % 4 <> 0"_s);
+    transaction.commit();
+}
+
+// Every message, so that a compacted file can be compared with the original row by row.
+QList<QStringList> all_messages(const QString& path)
+{
+    Database db = Database::open(path, Database::OpenMode::ReadOnly);
+    return query_rows(db, u"SELECT * FROM cv_messages ORDER BY cv_message_id"_s);
+}
+
+TEST(CompactFile, ShrinksAFileOfDeletedRowsAndKeepsEveryRow)
+{
+    testing::TempFolder folder;
+    const QString path = folder.path(u"cvd.mdb"_s);
+    const QString scratch = folder.path(u"cvdtmp.mdb"_s);
+    fill_and_thin_out(path, 20000);
+    const QList<QStringList> before = all_messages(path);
+    const qint64 size_before = QFileInfo(path).size();
+
+    compact_file(path, scratch, 1000);
+
+    EXPECT_LT(QFileInfo(path).size(), size_before / 2);
+    EXPECT_EQ(all_messages(path), before);
+    EXPECT_EQ(before.size(), 5000);
+    Database db = Database::open(path);
+    EXPECT_EQ(integrity_check(db), QStringList{u"ok"_s});
+    EXPECT_EQ(classify(db), FileKind::Global);
+    EXPECT_EQ(stored_version(db), kDatabaseVersion);
+    // Still in shared mode, and the scratch file stays for the next run to delete.
+    EXPECT_EQ(query_value(db, u"PRAGMA journal_mode"_s), u"wal"_s);
+    EXPECT_TRUE(QFileInfo::exists(scratch));
+}
+
+TEST(CompactFile, LosesNoRowThatAnotherProcessCommitsMeanwhile)
+{
+    testing::TempFolder folder;
+    const QString path = folder.path(u"cvd.mdb"_s);
+    fill_and_thin_out(path, 20000);
+
+    cvd::testing::WriterProcess writer(path, 2);
+    ASSERT_TRUE(writer.started());
+    ASSERT_TRUE(writer.wait_for(5, 30000));
+    // Several compactions, each while the writer goes on; between them it gets some rows in.
+    for (int round = 0; round < 3; ++round) {
+        const qsizetype reported = writer.commits().size();
+        const QString scratch = folder.path(u"cvdtmp-%1.mdb"_s.arg(round));
+        ASSERT_NO_THROW(compact_file(path, scratch, 30000));
+        ASSERT_TRUE(writer.wait_for(reported + 5, 30000));
+    }
+    ASSERT_TRUE(writer.stop());
+
+    QList<qint64> committed;
+    for (const cvd::testing::WriterProcess::Commit& commit : writer.commits()) {
+        committed.append(commit.number);
+    }
+    ASSERT_GE(committed.size(), 20);
+    Database db = Database::open(path);
+    EXPECT_EQ(integrity_check(db), QStringList{u"ok"_s});
+    QList<qint64> stored;
+    Statement select =
+        db.prepare(u"SELECT cv_transaction FROM cv_messages WHERE cv_recipient = 'writer' ORDER BY cv_transaction"_s);
+    while (select.step()) {
+        stored.append(select.integer(0).value_or(-1));
+    }
+    EXPECT_EQ(stored, committed);
+    EXPECT_EQ(query_value(db, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'bob'"_s), u"5000"_s);
+}
+
+TEST(CompactFile, GivesUpWithBusyAndChangesNothingWhileAnotherConnectionKeepsTheFileOpen)
+{
+    testing::TempFolder folder;
+    const QString path = folder.path(u"cvd.mdb"_s);
+    const QString scratch = folder.path(u"cvdtmp.mdb"_s);
+    fill_and_thin_out(path, 2000);
+    Database holder = Database::open(path);
+    ASSERT_EQ(query_value(holder, u"SELECT count(*) FROM cv_messages"_s), u"500"_s);
+    const QByteArray bytes = testing::read_bytes(path);
+
+    try {
+        compact_file(path, scratch, 100);
+        ADD_FAILURE() << "the compaction went ahead although the file was in use";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.primary_code(), codes::Busy) << error.what();
+    }
+    EXPECT_EQ(testing::read_bytes(path), bytes);
+    EXPECT_FALSE(QFileInfo::exists(scratch));
+    // The other connection did not notice a thing.
+    EXPECT_EQ(query_value(holder, u"SELECT count(*) FROM cv_messages"_s), u"500"_s);
+
+    holder.close();
+    EXPECT_NO_THROW(compact_file(path, scratch, 100));
+}
+
+TEST(CompactFile, AScratchFileInTheWayFailsWithoutTouchingTheDatabase)
+{
+    testing::TempFolder folder;
+    const QString path = folder.path(u"cvd.mdb"_s);
+    const QString scratch = folder.path(u"cvdtmp.mdb"_s);
+    fill_and_thin_out(path, 2000);
+    testing::write_bytes(scratch, "left over from an earlier run");
+    const QList<QStringList> before = all_messages(path);
+    const qint64 size_before = QFileInfo(path).size();
+
+    EXPECT_THROW(compact_file(path, scratch, 100), Error);
+    EXPECT_EQ(QFileInfo(path).size(), size_before);
+    EXPECT_EQ(all_messages(path), before);
+    EXPECT_EQ(testing::read_bytes(scratch), QByteArray("left over from an earlier run"));
+}
+
+TEST(CompactFile, AMissingFileFailsAndIsNotCreated)
+{
+    testing::TempFolder folder;
+    EXPECT_THROW(compact_file(folder.path(u"cvd.mdb"_s), folder.path(u"cvdtmp.mdb"_s), 100), Error);
+    EXPECT_TRUE(folder.entries().isEmpty()) << folder.entries().join(u' ').toStdString();
+}
+
+// ---- the null repair ----
+
+const QDateTime kNow(QDate(2026, 11, 23), QTime(9, 30, 0));
+const QString kNowText = u"2026-11-23 09:30:00"_s;
+const QString kNull = u"<null>"_s;
+
+class RepairNulls : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        create_global_database(folder.path(u"global.mdb"_s));
+        create_user_database(folder.path(u"user.mdb"_s));
+        global = Database::open(folder.path(u"global.mdb"_s));
+        user = Database::open(folder.path(u"user.mdb"_s));
+        // Which rows the repair writes, whether it changes them or not.
+        for (Database* db : {&global, &user}) {
+            db->exec(u"CREATE TEMP TABLE written (tbl TEXT, id INTEGER)"_s);
+            for (const QString& table : {u"cv_messages"_s, u"cv_recipients"_s, u"cv_carriers"_s, u"cv_groups"_s,
+                                         u"cv_oncalltable"_s, u"cv_settings"_s, u"cv_presets"_s}) {
+                if (db->table_exists(table)) {
+                    // Fixed table names of this test only.
+                    db->exec(u"CREATE TEMP TRIGGER written_"_s + table + u" AFTER UPDATE ON main."_s + table +
+                             u" BEGIN INSERT INTO written VALUES ('"_s + table + u"', old.rowid); END"_s);
+                }
+            }
+        }
+    }
+
+    QStringList row(Database& db, const QString& sql) { return query_rows(db, sql).value(0); }
+    QString written(Database& db, const QString& table)
+    {
+        Statement select = db.prepare(u"SELECT group_concat(id, ',') FROM (SELECT id FROM written WHERE tbl = ?1 "
+                                      "ORDER BY id)"_s);
+        select.bind(1, table);
+        return select.step() ? select.text(0).value_or(QString()) : QString();
+    }
+
+    testing::TempFolder folder;
+    Database global;
+    Database user;
+};
+
+// A row of nulls in each table gets exactly the defaults, column by column.
+TEST_F(RepairNulls, ARowOfNullsGetsTheDefaultOfEveryListedColumn)
+{
+    global.exec(u"INSERT INTO cv_messages (cv_sent) VALUES (0)"_s);
+    global.exec(u"INSERT INTO cv_recipients (cv_priority) VALUES (NULL)"_s);
+    global.exec(u"INSERT INTO cv_carriers (cv_priority) VALUES (NULL)"_s);
+    global.exec(u"INSERT INTO cv_groups (cv_group) VALUES (NULL)"_s);
+    global.exec(u"INSERT INTO cv_oncalltable (cv_group) VALUES (NULL)"_s);
+    for (Database* db : {&global, &user}) {
+        db->exec(u"INSERT INTO cv_settings (cv_category) VALUES (NULL)"_s);
+        db->exec(u"INSERT INTO cv_presets (cv_index) VALUES (101)"_s);
+    }
+
+    repair_nulls(global, user, kNow);
+
+    const struct
+    {
+        const char* table;
+        const char* row;
+        QStringList columns;
+        QStringList expected;
+    } cases[] = {
+        {"cv_messages",
+         "1",
+         {u"cv_recipient"_s, u"cv_pin"_s, u"cv_message"_s, u"cv_carrier"_s, u"cv_date_time_requested"_s,
+          u"cv_date_time_sent"_s, u"cv_from"_s, u"cv_sent"_s, u"cv_error"_s, u"cv_scheduled"_s, u"cv_repeat_interval"_s,
+          u"cv_repeat_stop"_s, u"cv_retries"_s, u"cv_last_try"_s, u"cv_transaction"_s, u"cv_priority"_s},
+         {u""_s, u""_s, u""_s, u""_s, kNowText, kNull, u""_s, u"0"_s, kNull, kNull, u"0"_s, kNowText, u"0"_s, kNowText,
+          u"0"_s, kNull}},
+        {"cv_recipients",
+         "1",
+         {u"cv_name"_s, u"cv_full_name"_s, u"cv_id"_s, u"cv_carrier"_s, u"cv_maxchars"_s, u"cv_alpha"_s,
+          u"cv_on_call"_s, u"cv_ad_hoc"_s, u"cv_drop_control"_s, u"cv_group"_s, u"cv_SendSubject"_s, u"cv_extra1"_s,
+          u"cv_extra2"_s, u"cv_remove_from"_s, u"cv_priority"_s},
+         {u""_s, u""_s, u""_s, u""_s, u"240"_s, kNull, kNull, kNull, kNull, kNull, kNull, u""_s, kNull, kNull, kNull}},
+        {"cv_carriers",
+         "1",
+         {u"cv_name"_s, u"cv_phone_number"_s, u"cv_modem_settings"_s, u"cv_maxchars"_s, u"cv_init_string"_s,
+          u"cv_retries"_s, u"cv_message_limit"_s, u"cv_dial_type"_s, u"cv_auth_type"_s, u"cv_auth_user"_s,
+          u"cv_auth_pass"_s, u"cv_relay_mail"_s, u"cv_relay_server"_s, u"cv_priority"_s},
+         {u""_s, u""_s, u"1200,e,7,1"_s, u"240"_s, u""_s, u"0"_s, u"0"_s, u"tap"_s, u"0"_s, u""_s, u""_s, kNull, u""_s,
+          kNull}},
+        {"cv_groups", "1", {u"cv_group"_s, u"cv_recipient"_s}, {u""_s, u""_s}},
+        {"cv_oncalltable",
+         "1",
+         {u"cv_group"_s, u"cv_recipient"_s, u"cv_start_day"_s, u"cv_start_time"_s, u"cv_stop_day"_s, u"cv_stop_time"_s},
+         {u""_s, u""_s, u"0"_s, u"1899-12-30 08:00:00"_s, u"0"_s, u"1899-12-30 22:00:00"_s}},
+        {"cv_settings",
+         "(SELECT max(rowid) FROM cv_settings)",
+         {u"cv_category"_s, u"cv_name"_s, u"cv_value"_s},
+         {u""_s, u""_s, u""_s}},
+        {"cv_presets",
+         "(SELECT max(rowid) FROM cv_presets)",
+         {u"cv_index"_s, u"cv_description"_s, u"cv_recipient"_s, u"cv_message"_s},
+         {u"101"_s, u""_s, u""_s, u""_s}},
+    };
+    for (const auto& c : cases) {
+        const QString table = QString::fromLatin1(c.table);
+        const QString sql = u"SELECT "_s + c.columns.join(u", "_s) + u" FROM "_s + table + u" WHERE rowid = "_s +
+                            QString::fromLatin1(c.row);
+        const QStringList found = row(global, sql);
+        for (qsizetype column = 0; column < c.columns.size(); ++column) {
+            EXPECT_EQ(found.value(column), c.expected.at(column)) << c.table << '.' << qPrintable(c.columns.at(column));
+        }
+        if (table == u"cv_settings" || table == u"cv_presets") {
+            EXPECT_EQ(row(user, sql), found) << "user database, " << c.table;
+        }
+    }
+}
+
+TEST_F(RepairNulls, ANullExtra2EmptiesExtra1AndStaysNull)
+{
+    global.exec(u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_id, cv_carrier, cv_maxchars, cv_extra1, "
+                "cv_extra2) VALUES ('a', 'A', '1', 'tapnet', 80, 'kept?', NULL), ('b', 'B', '2', 'tapnet', 80, NULL, "
+                "'second'), ('c', 'C', '3', 'tapnet', 80, 'first', 'second')"_s);
+
+    repair_nulls(global, user, kNow);
+
+    EXPECT_EQ(
+        query_rows(global, u"SELECT cv_name, cv_extra1, cv_extra2 FROM cv_recipients ORDER BY rowid"_s),
+        (QList<QStringList>{{u"a"_s, u""_s, kNull}, {u"b"_s, u""_s, u"second"_s}, {u"c"_s, u"first"_s, u"second"_s}}));
+    EXPECT_EQ(written(global, u"cv_recipients"_s), u"1,2"_s);
+}
+
+TEST_F(RepairNulls, OnlyUnsentMessagesWithANullAreWrittenAndValuesAreKept)
+{
+    global.exec(u"INSERT INTO cv_messages (cv_recipient, cv_pin, cv_message, cv_carrier, cv_date_time_requested, "
+                "cv_from, cv_sent, cv_error, cv_scheduled, cv_repeat_interval, cv_repeat_stop, cv_retries, "
+                "cv_last_try, cv_transaction, cv_priority) VALUES "
+                "('bob', '5551', 'complete', 'tapnet', '2026-11-01 08:00:00', 'ops', 0, 0, 0, 0, "
+                "'2026-11-01 08:00:00', 0, '2026-11-01 08:00:00', 7, 1), "
+                "('bob', NULL, 'no pin', 'tapnet', NULL, 'ops', 0, NULL, -1, 5, NULL, 2, NULL, 8, NULL), "
+                "(NULL, NULL, 'sent', NULL, NULL, NULL, -1, 0, -1, NULL, NULL, NULL, NULL, NULL, NULL), "
+                "(NULL, NULL, 'sent unknown', NULL, NULL, NULL, NULL, 0, -1, NULL, NULL, NULL, NULL, NULL, NULL)"_s);
+    const QList<QStringList> sent_before =
+        query_rows(global, u"SELECT * FROM cv_messages WHERE rowid IN (1, 3, 4) ORDER BY rowid"_s);
+
+    repair_nulls(global, user, kNow);
+
+    EXPECT_EQ(written(global, u"cv_messages"_s), u"2"_s);
+    EXPECT_EQ(query_rows(global, u"SELECT * FROM cv_messages WHERE rowid IN (1, 3, 4) ORDER BY rowid"_s), sent_before);
+    EXPECT_EQ(row(global, u"SELECT cv_recipient, cv_pin, cv_message, cv_date_time_requested, cv_error, cv_scheduled, "
+                          "cv_repeat_interval, cv_repeat_stop, cv_retries, cv_last_try, cv_transaction, cv_priority "
+                          "FROM cv_messages WHERE rowid = 2"_s),
+              (QStringList{u"bob"_s, u""_s, u"no pin"_s, kNowText, kNull, u"-1"_s, u"5"_s, kNowText, u"2"_s, kNowText,
+                           u"8"_s, kNull}));
+}
+
+TEST_F(RepairNulls, RowsWithoutANullAreNotWrittenAndTheDefaultRowsStayAsTheyAre)
+{
+    global.exec(u"INSERT INTO cv_carriers (cv_name, cv_phone_number, cv_modem_settings, cv_maxchars, cv_init_string, "
+                "cv_retries, cv_message_limit, cv_dial_type, cv_auth_type, cv_auth_user, cv_auth_pass, cv_relay_mail, "
+                "cv_relay_server, cv_priority) VALUES ('tapnet', '555', '9600,n,8,1', 80, 'ATZ', 3, 2, 'wctp', 1, 'u', "
+                "'p', NULL, 'relay', NULL), ('old', '555', '9600,n,8,1', 80, 'ATZ', 3, 2, NULL, 1, 'u', 'p', 0, "
+                "'relay', 4)"_s);
+    const QList<QStringList> settings_before = query_rows(user, u"SELECT * FROM cv_settings ORDER BY rowid"_s);
+
+    repair_nulls(global, user, kNow);
+
+    EXPECT_EQ(written(global, u"cv_carriers"_s), u"2"_s);
+    EXPECT_EQ(query_rows(global, u"SELECT cv_name, cv_dial_type, cv_modem_settings, cv_relay_mail, cv_priority FROM "
+                                 "cv_carriers ORDER BY rowid"_s),
+              (QList<QStringList>{{u"tapnet"_s, u"wctp"_s, u"9600,n,8,1"_s, kNull, kNull},
+                                  {u"old"_s, u"tap"_s, u"9600,n,8,1"_s, u"0"_s, u"4"_s}}));
+    // The settings and presets of new files have no nulls: nothing there is written.
+    for (Database* db : {&global, &user}) {
+        EXPECT_EQ(written(*db, u"cv_settings"_s), QString());
+        EXPECT_EQ(written(*db, u"cv_presets"_s), QString());
+    }
+    EXPECT_EQ(query_rows(user, u"SELECT * FROM cv_settings ORDER BY rowid"_s), settings_before);
+}
+
+TEST_F(RepairNulls, TablesAFileLacksArePassedOver)
+{
+    Database bare = Database::open(folder.path(u"bare.mdb"_s), Database::OpenMode::CreateIfMissing);
+    bare.exec(u"CREATE TABLE cv_settings (cv_id INTEGER PRIMARY KEY, cv_category TEXT, cv_name TEXT, cv_value TEXT)"_s);
+    bare.exec(u"INSERT INTO cv_settings (cv_category, cv_name) VALUES ('display', 'x')"_s);
+
+    EXPECT_NO_THROW(repair_nulls(bare, user, kNow));
+    EXPECT_EQ(query_rows(bare, u"SELECT cv_category, cv_name, cv_value FROM cv_settings"_s),
+              (QList<QStringList>{{u"display"_s, u"x"_s, u""_s}}));
+}
+
+} // namespace
+} // namespace cvd::store
