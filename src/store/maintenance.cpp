@@ -58,12 +58,54 @@ private:
     sqlite3* m_db = nullptr;
 };
 
+// In write-ahead mode a read transaction held over every step fixes the moment the copy shows, and writers
+// of other processes go on meanwhile. Without it each of their commits starts the copy over, and a writer
+// that commits more often than the copy takes keeps it from ever ending. In the older journal modes a held
+// read would stop writers instead, so there the copy starts over as before.
+class HeldSnapshot
+{
+public:
+    explicit HeldSnapshot(Database& db) : m_db(db)
+    {
+        if (db.in_transaction() || !write_ahead(db)) {
+            return;
+        }
+        db.exec(u"BEGIN"_s);
+        m_held = true;
+        Statement read = db.prepare(u"SELECT count(*) FROM sqlite_master"_s);
+        read.step();
+    }
+    ~HeldSnapshot()
+    {
+        if (m_held && m_db.in_transaction()) {
+            try {
+                m_db.exec(u"COMMIT"_s);
+            } catch (const Error&) {
+                // A read transaction has nothing to lose; the connection ends it when it closes.
+            }
+        }
+    }
+    HeldSnapshot(const HeldSnapshot&) = delete;
+    HeldSnapshot& operator=(const HeldSnapshot&) = delete;
+
+private:
+    static bool write_ahead(Database& db)
+    {
+        Statement mode = db.prepare(u"PRAGMA journal_mode"_s);
+        return mode.step() && mode.text(0).value_or(QString()).compare(u"wal"_s, Qt::CaseInsensitive) == 0;
+    }
+
+    Database& m_db;
+    bool m_held = false;
+};
+
 } // namespace
 
 void backup_to(Database& db, const QString& target, const std::function<void()>& pause)
 {
     constexpr int kPagesPerStep = 256;
     BackupTarget copy(target);
+    const HeldSnapshot snapshot(db);
     sqlite3_backup* backup = sqlite3_backup_init(copy.handle(), "main", db.native_handle(), "main");
     if (backup == nullptr) {
         throw Error(sqlite3_extended_errcode(copy.handle()), QString::fromUtf8(sqlite3_errmsg(copy.handle())));

@@ -16,8 +16,9 @@ QStringList integrity_check(Database& db);
 QList<std::pair<QString, qint64>> table_row_counts(Database& db);
 
 // A consistent copy of the open database into `target` (replaced when it exists) while other connections
-// and processes go on reading and writing: the copy is taken a few pages at a time, and when another
-// writer changes the file meanwhile the copy starts over, so it always shows one committed moment.
+// and processes go on reading and writing: the copy is taken a few pages at a time and always shows one
+// committed moment. In write-ahead mode it reads one snapshot throughout; otherwise it starts over when
+// another writer changes the file meanwhile.
 // `pause` runs between steps so that writers get their turn. Throws Error.
 void backup_to(Database& db, const QString& target, const std::function<void()>& pause = {});
 

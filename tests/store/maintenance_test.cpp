@@ -77,6 +77,59 @@ TEST(Maintenance, ABackupTakenWhileAnotherConnectionWritesIsSoundAndComplete)
     EXPECT_EQ(classify(copy), FileKind::Global);
 }
 
+TEST(Maintenance, ABackupInSharedModeKeepsToOneSnapshotWhileAWriterGoesOn)
+{
+    testing::TempFolder folder;
+    const QString path = folder.path(u"cvd.mdb"_s);
+    create_global_database(path);
+    Database db = Database::open(path);
+    db.enable_wal();
+    {
+        Transaction transaction(db);
+        for (int row = 0; row < 60000; ++row) {
+            insert_message(db, u"before"_s, 0, {});
+        }
+        transaction.commit();
+    }
+
+    std::atomic<bool> stop{false};
+    std::atomic<int> written{0};
+    std::thread writer([&] {
+        Database other = Database::open(path);
+        while (!stop) {
+            insert_message(other, u"during"_s, 0, {});
+            ++written;
+        }
+    });
+    while (written == 0) {
+        std::this_thread::yield();
+    }
+    // Between steps the writer gets its turn. Were the copy to start over after each of its commits, it
+    // would never end while the writer goes on; the writer is stopped after many steps so that the test ends
+    // either way and the count below tells.
+    int pauses = 0;
+    const int written_before = written;
+    backup_to(db, folder.path(u"copy.mdb"_s), [&] {
+        if (++pauses == 200) {
+            stop = true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    });
+    const int written_after = written;
+    stop = true;
+    writer.join();
+
+    Database copy = Database::open(folder.path(u"copy.mdb"_s), Database::OpenMode::ReadOnly);
+    EXPECT_EQ(integrity_check(copy), QStringList{u"ok"_s});
+    EXPECT_EQ(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'before'"_s), 60000);
+    const qint64 pages = count(copy, u"PRAGMA page_count"_s);
+    EXPECT_GT(pages, 3 * 256); // several steps
+    EXPECT_LE(pauses, pages / 256);
+    EXPECT_GT(written_after, written_before);
+    EXPECT_GE(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'during'"_s), written_before);
+    EXPECT_LE(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'during'"_s), written_after);
+}
+
 TEST(Maintenance, PurgeRemovesExactlyTheOldFinishedRows)
 {
     testing::TempFolder folder;
