@@ -2,6 +2,7 @@
 
 #include "core/app_state.h"
 #include "core/clock.h"
+#include "core/compaction.h"
 #include "core/conversions.h"
 #include "core/databases.h"
 #include "core/error_path.h"
@@ -116,8 +117,11 @@ void count_start(AppState& state)
     const QString name = u"rebuild_index"_s;
     state.settings.put_setting(category, name, state.settings.get_setting_long(category, name) + 1);
     if (state.settings.get_setting_long(category, name) > 10) {
-        // Every eleventh start is the time for maintenance of the database files.
+        // Every eleventh start is the time for maintenance of the database files. A compaction that fails
+        // says nothing; the files stay as they were and the start goes on.
         state.settings.put_setting(category, name, 0);
+        compact_databases(state);
+        open_database(state);
     }
 }
 

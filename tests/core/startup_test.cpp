@@ -252,9 +252,23 @@ TEST_F(StartupTest, TheStartCounterWrapsOnTheEleventhStart)
 
     ASSERT_EQ(start().outcome, StartupOutcome::Running);
     EXPECT_EQ(count_rows(global_db_path(*state), query), 10);
+    const QString global_scratch = env.global_db_folder() + u"cvdtmp.mdb"_s;
+    const QString user_scratch = env.user_db_folder() + u"cvdtmp.mdb"_s;
+    EXPECT_FALSE(QFile::exists(global_scratch));
+    state->global_db.exec(u"INSERT INTO cv_carriers (cv_name) VALUES ('Pager')"_s);
     orderly_shutdown(*state);
+
+    // The eleventh start compacts both files through their scratch files and mends the null columns.
     ASSERT_EQ(start().outcome, StartupOutcome::Running);
     EXPECT_EQ(count_rows(global_db_path(*state), query), 0);
+    EXPECT_TRUE(QFile::exists(global_scratch));
+    EXPECT_TRUE(QFile::exists(user_scratch));
+    store::Database db = store::Database::open(global_db_path(*state), store::Database::OpenMode::ReadOnly);
+    store::Statement carrier = db.prepare(u"SELECT cv_dial_type, cv_maxchars FROM cv_carriers"_s);
+    ASSERT_TRUE(carrier.step());
+    EXPECT_EQ(carrier.text(0), u"tap"_s);
+    EXPECT_EQ(carrier.integer(1), 240);
+    EXPECT_TRUE(env.prompter.boxes.isEmpty());
 }
 
 TEST_F(StartupTest, UnsentRowsDrawTransactionsOfThisRunAndCarrierRetriesAreCleared)
