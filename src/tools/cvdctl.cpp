@@ -34,6 +34,8 @@ QString cvdctl_usage_text()
            "  db [--localdb] backup FILE                      a consistent copy of the global database\n"
            "  db [--localdb] purge [--days N]                 delete finished messages older than N days\n"
            "                                                  (default: the purge_after setting)\n"
+           "  db [--localdb] compact                          compact both databases and fill null columns\n"
+           "                                                  (only while Corvane Desk does not run)\n"
            "\n"
            "Machine store (keys are paths such as 'SOFTWARE\\Halvern\\Transfer'; --hive HKLM is the default):\n"
            "  reg get [--hive HKLM|HKCU] KEY NAME             print a value\n"

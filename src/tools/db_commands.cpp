@@ -1,14 +1,17 @@
 #include "tools/db_commands.h"
 
+#include "core/compaction.h"
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "core/file_ops.h"
+#include "platform/runtime.h"
 #include "store/maintenance.h"
 #include "store/schema.h"
 #include "tools/direct_access.h"
 
 #include <QFileInfo>
 #include <QThread>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -68,6 +71,67 @@ int purge(AppState& state, const QStringList& options, QTextStream& out, QTextSt
     return kOk;
 }
 
+QString compaction_line(const QString& label, const DatabaseCompaction& result)
+{
+    QString line = label + u' ' + result.path + u": "_s;
+    switch (result.outcome) {
+    case CompactionOutcome::Compacted:
+        return line + u"compacted, "_s + QString::number(result.size_before) + u" -> "_s +
+               QString::number(result.size_after) + u" bytes"_s;
+    case CompactionOutcome::ScratchInTheWay:
+        return line + u"skipped, "_s + result.reason;
+    case CompactionOutcome::Failed:
+        return line + u"failed, "_s + result.reason;
+    case CompactionOutcome::NotReached:
+        break;
+    }
+    return line + u"not reached"_s;
+}
+
+// The first reason why the run did not do all it should, or empty text when it did.
+QString compaction_shortfall(const CompactionReport& report)
+{
+    if (!report.failure.isEmpty()) {
+        return report.failure;
+    }
+    for (const auto& [label, result] :
+         {std::pair{u"global database"_s, &report.global}, std::pair{u"user database"_s, &report.user}}) {
+        if (result->outcome != CompactionOutcome::Compacted) {
+            return label + u" not compacted: "_s + result->reason;
+        }
+    }
+    return {};
+}
+
+// Only while the program does not run: the files must be free of its connections. The program's own
+// single-instance lock is held meanwhile, so that no copy of it starts in the middle.
+int compact(AppState& state, QTextStream& out, QTextStream& err)
+{
+    state.instance_lock = platform::FileLock::try_lock(
+        state.runtime_dir + u'/' + QLatin1StringView(platform::kInstanceLockName), platform::FileLock::Mode::Exclusive);
+    if (!state.instance_lock) {
+        err << "cvdctl db compact: Corvane Desk is running; stop it first (cvdctl stop)\n";
+        return kFailed;
+    }
+    open_database(state);
+    if (!global_db_is_current(state)) {
+        err << "cvdctl db compact: the database is not at this program's version; it is left as it is\n";
+        return kFailed;
+    }
+    open_user_database(state);
+    const CompactionReport report = compact_databases(state);
+    out << compaction_line(u"global database"_s, report.global) << '\n';
+    out << compaction_line(u"user database"_s, report.user) << '\n';
+    out << "null repair: " << (report.nulls_repaired ? "done" : "not done") << '\n';
+    state.instance_lock.reset();
+    const QString shortfall = compaction_shortfall(report);
+    if (!shortfall.isEmpty()) {
+        err << "cvdctl db compact: " << shortfall << '\n';
+        return kFailed;
+    }
+    return kOk;
+}
+
 } // namespace
 
 int run_db_command(const QStringList& arguments, QTextStream& out, QTextStream& err)
@@ -75,8 +139,8 @@ int run_db_command(const QStringList& arguments, QTextStream& out, QTextStream& 
     QStringList rest = arguments;
     const bool local_db = take_local_switch(rest);
     const QString command = rest.value(0);
-    if (command != u"check" && command != u"backup" && command != u"purge") {
-        err << "cvdctl db: usage: db check | db backup FILE | db purge [--days N]\n";
+    if (command != u"check" && command != u"backup" && command != u"purge" && command != u"compact") {
+        err << "cvdctl db: usage: db check | db backup FILE | db purge [--days N] | db compact\n";
         return kUsage;
     }
     DirectAccess direct(local_db);
@@ -86,6 +150,13 @@ int run_db_command(const QStringList& arguments, QTextStream& out, QTextStream& 
         return kFailed;
     }
     try {
+        if (command == u"compact") {
+            if (rest.size() > 1) {
+                err << "cvdctl db compact: usage: db compact\n";
+                return kUsage;
+            }
+            return compact(state, out, err);
+        }
         open_database(state);
         if (command == u"check") {
             return check(state, out);
