@@ -6,6 +6,7 @@
 #include "store/maintenance.h"
 #include "store/unique.h"
 #include "support/test_environment.h"
+#include "support/thin_history.h"
 
 #include <QDir>
 #include <QFile>
@@ -29,20 +30,7 @@ protected:
     }
 
     // A long history of which most rows are gone again, so that there is something to compact.
-    void thin_history()
-    {
-        store::Database& db = state->global_db;
-        store::Transaction transaction(db);
-        store::Statement insert = db.prepare(u"INSERT INTO cv_messages (cv_recipient, cv_message, cv_sent, cv_error, "
-                                             "cv_scheduled, cv_transaction) VALUES ('bob', ?1, -1, 0, -1, ?2)"_s);
-        for (int row = 1; row <= 8000; ++row) {
-            insert.reset();
-            insert.bind(1, u"an old page with some text, number %1"_s.arg(row)).bind(2, row);
-            insert.exec();
-        }
-        db.exec(u"DELETE FROM cv_messages WHERE cv_transaction % 8 <> 0"_s);
-        transaction.commit();
-    }
+    void thin_history() { testing::add_thin_history(state->global_db, 8000, 8, -1); }
 
     static QString value(store::Database& db, const QString& sql)
     {

@@ -2,6 +2,7 @@
 #include "store/maintenance.h"
 #include "store/schema.h"
 #include "store_test_support.h"
+#include "support/thin_history.h"
 #include "support/writer_process.h"
 
 #include <QFileInfo>
@@ -22,16 +23,7 @@ void fill_and_thin_out(const QString& path, int rows)
     create_global_database(path);
     Database db = Database::open(path);
     db.enable_wal();
-    Transaction transaction(db);
-    Statement insert = db.prepare(u"INSERT INTO cv_messages (cv_recipient, cv_message, cv_sent, cv_error, "
-                                  "cv_scheduled, cv_transaction) VALUES ('bob', ?1, 0, 0, 0, ?2)"_s);
-    for (int row = 1; row <= rows; ++row) {
-        insert.reset();
-        insert.bind(1, u"message text number %1, long enough to fill the pages"_s.arg(row)).bind(2, row);
-        insert.exec();
-    }
-    db.exec(u"DELETE FROM cv_messages WHERE cv_transaction % 4 <> 0"_s);
-    transaction.commit();
+    cvd::testing::add_thin_history(db, rows, 4, 0);
 }
 
 // Every message, so that a compacted file can be compared with the original row by row.

@@ -31,6 +31,49 @@ void insert_message(Database& db, const QString& recipient, int sent, const QDat
     insert.exec();
 }
 
+// `rows` unsent messages for "before", in one transaction.
+void insert_before(Database& db, int rows)
+{
+    Transaction transaction(db);
+    for (int row = 0; row < rows; ++row) {
+        insert_message(db, u"before"_s, 0, {});
+    }
+    transaction.commit();
+}
+
+// A thread with a connection of its own that inserts "during" rows until it is stopped.
+class WriterThread
+{
+public:
+    explicit WriterThread(const QString& path)
+        : m_thread([this, path] {
+              Database other = Database::open(path);
+              while (!stop) {
+                  insert_message(other, u"during"_s, 0, {});
+                  ++written;
+              }
+          })
+    {
+    }
+    ~WriterThread() { finish(); }
+    WriterThread(const WriterThread&) = delete;
+    WriterThread& operator=(const WriterThread&) = delete;
+
+    void finish()
+    {
+        stop = true;
+        if (m_thread.joinable()) {
+            m_thread.join();
+        }
+    }
+
+    std::atomic<bool> stop{false};
+    std::atomic<int> written{0};
+
+private:
+    std::thread m_thread;
+};
+
 TEST(Maintenance, ANewDatabaseChecksOutAndCountsItsRows)
 {
     testing::TempFolder folder;
@@ -49,31 +92,16 @@ TEST(Maintenance, ABackupTakenWhileAnotherConnectionWritesIsSoundAndComplete)
     const QString path = folder.path(u"cvd.mdb"_s);
     create_global_database(path);
     Database db = Database::open(path);
-    {
-        Transaction transaction(db);
-        for (int row = 0; row < 20000; ++row) {
-            insert_message(db, u"before"_s, 0, {});
-        }
-        transaction.commit();
-    }
+    insert_before(db, 20000);
 
-    std::atomic<bool> stop{false};
-    std::atomic<int> written{0};
-    std::thread writer([&] {
-        Database other = Database::open(path);
-        while (!stop) {
-            insert_message(other, u"during"_s, 0, {});
-            ++written;
-        }
-    });
+    WriterThread writer(path);
     backup_to(db, folder.path(u"copy.mdb"_s), [] { std::this_thread::yield(); });
-    stop = true;
-    writer.join();
+    writer.finish();
 
     Database copy = Database::open(folder.path(u"copy.mdb"_s), Database::OpenMode::ReadOnly);
     EXPECT_EQ(integrity_check(copy), QStringList{u"ok"_s});
     EXPECT_EQ(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'before'"_s), 20000);
-    EXPECT_LE(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'during'"_s), written.load());
+    EXPECT_LE(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'during'"_s), writer.written.load());
     EXPECT_EQ(classify(copy), FileKind::Global);
 }
 
@@ -84,40 +112,25 @@ TEST(Maintenance, ABackupInSharedModeKeepsToOneSnapshotWhileAWriterGoesOn)
     create_global_database(path);
     Database db = Database::open(path);
     db.enable_wal();
-    {
-        Transaction transaction(db);
-        for (int row = 0; row < 60000; ++row) {
-            insert_message(db, u"before"_s, 0, {});
-        }
-        transaction.commit();
-    }
+    insert_before(db, 60000);
 
-    std::atomic<bool> stop{false};
-    std::atomic<int> written{0};
-    std::thread writer([&] {
-        Database other = Database::open(path);
-        while (!stop) {
-            insert_message(other, u"during"_s, 0, {});
-            ++written;
-        }
-    });
-    while (written == 0) {
+    WriterThread writer(path);
+    while (writer.written == 0) {
         std::this_thread::yield();
     }
     // Between steps the writer gets its turn. Were the copy to start over after each of its commits, it
     // would never end while the writer goes on; the writer is stopped after many steps so that the test ends
     // either way and the count below tells.
     int pauses = 0;
-    const int written_before = written;
+    const int written_before = writer.written;
     backup_to(db, folder.path(u"copy.mdb"_s), [&] {
         if (++pauses == 200) {
-            stop = true;
+            writer.stop = true;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     });
-    const int written_after = written;
-    stop = true;
-    writer.join();
+    const int written_after = writer.written;
+    writer.finish();
 
     Database copy = Database::open(folder.path(u"copy.mdb"_s), Database::OpenMode::ReadOnly);
     EXPECT_EQ(integrity_check(copy), QStringList{u"ok"_s});

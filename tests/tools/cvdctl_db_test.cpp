@@ -4,6 +4,7 @@
 #include "store/database.h"
 #include "store/schema.h"
 #include "support/test_environment.h"
+#include "support/thin_history.h"
 #include "tools/cvdctl_runner.h"
 
 #include <QDir>
@@ -47,17 +48,8 @@ protected:
     void add_thin_history()
     {
         store::Database db = store::Database::open(global());
-        store::Transaction transaction(db);
-        store::Statement insert = db.prepare(u"INSERT INTO cv_messages (cv_recipient, cv_message, cv_sent, cv_error, "
-                                             "cv_scheduled, cv_transaction) VALUES ('bob', ?1, -1, 0, -1, ?2)"_s);
-        for (int row = 1; row <= 4000; ++row) {
-            insert.reset();
-            insert.bind(1, u"an old page with some text, number %1"_s.arg(row)).bind(2, row);
-            insert.exec();
-        }
-        db.exec(u"DELETE FROM cv_messages WHERE cv_transaction % 4 <> 0"_s);
+        testing::add_thin_history(db, 4000, 4, -1);
         db.exec(u"INSERT INTO cv_carriers (cv_name, cv_dial_type) VALUES ('tapnet', NULL)"_s);
-        transaction.commit();
     }
 
     testing::TestEnvironment env;
