@@ -484,6 +484,17 @@ void create_user_database(const QString& path)
     create_database(path, kUserTables, kUserIndexes, insert_user_rows);
 }
 
+bool has_version_column(Database& db)
+{
+    return db.table_exists(u"cv_settings"_s) && db.column_names(u"cv_settings"_s).contains(u"cv_dbversion"_s);
+}
+
+std::optional<int> version_column_value(Database& db)
+{
+    Statement query = db.prepare(u"SELECT cv_dbversion FROM cv_settings ORDER BY rowid LIMIT 1"_s);
+    return query.step() ? version_value(query) : std::nullopt;
+}
+
 FileKind classify(Database& db)
 {
     // The first real read: a file that is not SQLite fails here with NotADb.
@@ -492,7 +503,7 @@ FileKind classify(Database& db)
     while (query.step()) {
         tables.append(query.text(0).value_or(QString()));
     }
-    if (table_present(tables, "cv_settings") && db.column_names(u"cv_settings"_s).contains(u"cv_dbversion"_s)) {
+    if (has_version_column(db)) {
         return FileKind::OldLayout;
     }
     bool all_global = true;
@@ -516,8 +527,7 @@ std::optional<int> stored_version(Database& db)
     }
     const QStringList columns = db.column_names(u"cv_settings"_s);
     if (columns.contains(u"cv_dbversion"_s)) {
-        Statement query = db.prepare(u"SELECT cv_dbversion FROM cv_settings"_s);
-        return query.step() ? version_value(query) : std::nullopt;
+        return version_column_value(db);
     }
     for (const char* needed : {"cv_category", "cv_name", "cv_value"}) {
         if (!columns.contains(QString::fromLatin1(needed), Qt::CaseInsensitive)) {

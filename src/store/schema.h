@@ -46,6 +46,11 @@ enum class FileKind {
 // Throws Error (NotADb) for a file that is not SQLite at all.
 FileKind classify(Database& db);
 
+// True when cv_settings has the column cv_dbversion (exact name): the file is of the oldest layouts.
+bool has_version_column(Database& db);
+// cv_dbversion of the first settings row; nullopt when it is null or no number.
+std::optional<int> version_column_value(Database& db);
+
 // The version a database says it has: database/version in cv_settings, or cv_dbversion in the oldest
 // layouts. nullopt when neither can be read as a number.
 std::optional<int> stored_version(Database& db);

@@ -259,22 +259,6 @@ void set_version_setting(Database& db, const QString& version)
 
 } // namespace
 
-bool has_version_column(Database& db)
-{
-    return db.table_exists(u"cv_settings"_s) && db.column_names(u"cv_settings"_s).contains(u"cv_dbversion"_s);
-}
-
-std::optional<int> version_column_value(Database& db)
-{
-    Statement select = db.prepare(u"SELECT cv_dbversion FROM cv_settings WHERE "_s + kFirstSettingsRow);
-    if (!select.step() || select.is_null(0)) {
-        return std::nullopt;
-    }
-    bool ok = false;
-    const int version = number_text(select.text(0)).toInt(&ok);
-    return ok ? std::optional<int>(version) : std::nullopt;
-}
-
 void convert300to301(Database& db)
 {
     Transaction transaction(db);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/database.h"
+#include "store/schema.h"
 
 #include <QList>
 #include <QString>
@@ -33,11 +34,6 @@ struct LegacyInputs
     // The lines of the old preset file, when there is one; they replace the presets from the first on.
     std::optional<QList<OldPreset>> presets;
 };
-
-// True when cv_settings has the column cv_dbversion (exact name): the file is of the oldest layouts.
-bool has_version_column(Database& db);
-// cv_dbversion of the first settings row; nullopt when it is null or no number.
-std::optional<int> version_column_value(Database& db);
 
 // 300 -> 301: the two comment columns of recipients and their labels.
 void convert300to301(Database& db);
