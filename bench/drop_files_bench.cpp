@@ -8,6 +8,7 @@
 #include "platform/registry.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/null_prompter.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,16 +20,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kFilesPerTick = 1000;
-
-class QuietPrompter : public cvd::Prompter
-{
-public:
-    cvd::BoxAnswer show_box(const QString&, const QString&, cvd::BoxButtons, cvd::BoxIcon) override
-    {
-        return cvd::BoxAnswer::No;
-    }
-    std::optional<QString> ask_password(cvd::PasswordKind, const QString&) override { return std::nullopt; }
-};
 
 // The real time a minute ahead, so that files written just before the tick count as quiet.
 class MinuteAheadClock : public cvd::Clock
@@ -67,7 +58,7 @@ struct DropFixture
     }
 
     QTemporaryDir dir;
-    QuietPrompter prompter;
+    cvd::testing::NullPrompter prompter;
     MinuteAheadClock clock;
     cvd::AppState state;
 };

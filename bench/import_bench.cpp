@@ -7,6 +7,7 @@
 #include "platform/registry.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/null_prompter.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,16 +17,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class SilentPrompter : public cvd::Prompter
-{
-public:
-    cvd::BoxAnswer show_box(const QString&, const QString&, cvd::BoxButtons, cvd::BoxIcon) override
-    {
-        return cvd::BoxAnswer::No;
-    }
-    std::optional<QString> ask_password(cvd::PasswordKind, const QString&) override { return std::nullopt; }
-};
 
 struct Workspace
 {
@@ -40,7 +31,7 @@ struct Workspace
     }
 
     QTemporaryDir dir;
-    SilentPrompter prompter;
+    cvd::testing::NullPrompter prompter;
     cvd::SystemClock clock;
     cvd::AppState state;
 };

@@ -8,6 +8,7 @@
 #include "queue/scheduler.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/null_prompter.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,16 +20,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kMembers = 10000;
-
-class QuietPrompter : public cvd::Prompter
-{
-public:
-    cvd::BoxAnswer show_box(const QString&, const QString&, cvd::BoxButtons, cvd::BoxIcon) override
-    {
-        return cvd::BoxAnswer::No;
-    }
-    std::optional<QString> ask_password(cvd::PasswordKind, const QString&) override { return std::nullopt; }
-};
 
 // The address book and the queue as they stand before the call: built once, copied for every iteration.
 class GroupQueue
@@ -99,7 +90,7 @@ private:
     QTemporaryDir m_dir;
     QString m_pristine;
     QString m_work;
-    QuietPrompter m_prompter;
+    cvd::testing::NullPrompter m_prompter;
     cvd::SystemClock m_clock;
     cvd::AppState m_state;
 };

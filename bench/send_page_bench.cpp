@@ -9,6 +9,7 @@
 #include "store/database.h"
 #include "store/schema.h"
 #include "store/unique.h"
+#include "support/null_prompter.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -17,16 +18,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class SilentPrompter : public cvd::Prompter
-{
-public:
-    cvd::BoxAnswer show_box(const QString&, const QString&, cvd::BoxButtons, cvd::BoxIcon) override
-    {
-        return cvd::BoxAnswer::No;
-    }
-    std::optional<QString> ask_password(cvd::PasswordKind, const QString&) override { return std::nullopt; }
-};
 
 struct Fixture
 {
@@ -40,7 +31,7 @@ struct Fixture
     }
 
     QTemporaryDir dir;
-    SilentPrompter prompter;
+    cvd::testing::NullPrompter prompter;
     cvd::SystemClock clock;
     cvd::AppState state;
 };

@@ -9,6 +9,7 @@
 #include "queue/poll_loop.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/null_prompter.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -18,18 +19,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class SilentPrompter : public cvd::Prompter
-{
-public:
-    cvd::BoxAnswer show_box(const QString& text, const QString& title, cvd::BoxButtons, cvd::BoxIcon) override
-    {
-        // A box in a benchmark is a failure of the set-up; say what it was.
-        std::fprintf(stderr, "%s: %s\n", qUtf8Printable(title), qUtf8Printable(text));
-        return cvd::BoxAnswer::No;
-    }
-    std::optional<QString> ask_password(cvd::PasswordKind, const QString&) override { return std::nullopt; }
-};
 
 class QuietView : public cvd::queue::ConsoleView
 {
@@ -67,7 +56,7 @@ void BM_IdleTickOverHistory(benchmark::State& bench)
 {
     QTemporaryDir dir;
     qputenv("CVD_RUNTIME_DIR", dir.path().toUtf8());
-    SilentPrompter prompter;
+    cvd::testing::NullPrompter prompter;
     cvd::SystemClock clock;
     cvd::AppState state(prompter, clock, cvd::platform::Registry(dir.path() + u"/registry"_s), dir.path());
     state.global_db_folder = dir.path() + u"/"_s;

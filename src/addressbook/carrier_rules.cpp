@@ -126,24 +126,23 @@ bool is_carrier_name_character(QChar ch)
            code == u'.' || code == u'-' || code == u'_';
 }
 
-std::optional<CarrierNotice> refuse_carrier_name(const QString& name, bool is_edit,
-                                                 const std::function<bool(const QString&)>& carrier_exists)
+std::optional<Notice> refuse_carrier_name(const QString& name, bool is_edit,
+                                          const std::function<bool(const QString&)>& carrier_exists)
 {
     if (name.isEmpty()) {
-        return CarrierNotice{QStringLiteral("A carrier name must be entered"), QStringLiteral("Invalid Entry")};
+        return Notice{QStringLiteral("A carrier name must be entered"), QStringLiteral("Invalid Entry")};
     }
     if (!std::all_of(name.cbegin(), name.cend(), is_carrier_name_character)) {
-        return CarrierNotice{QStringLiteral("Illegal Character in the Carrier Name"), QStringLiteral("BAD CARRIER")};
+        return Notice{QStringLiteral("Illegal Character in the Carrier Name"), QStringLiteral("BAD CARRIER")};
     }
     // In edit mode the row found is the one being edited; the name boxes are locked there.
     if (!is_edit && carrier_exists(name)) {
-        return CarrierNotice{QStringLiteral("A carrier with that name already exists"),
-                             QStringLiteral("Duplicate Carrier")};
+        return Notice{QStringLiteral("A carrier with that name already exists"), QStringLiteral("Duplicate Carrier")};
     }
     return std::nullopt;
 }
 
-CarrierNotice apply_done_notice(bool is_edit)
+Notice apply_done_notice(bool is_edit)
 {
     if (is_edit) {
         return {QStringLiteral("Carrier record updated"), QStringLiteral("Carrier Updated")};
@@ -151,17 +150,17 @@ CarrierNotice apply_done_notice(bool is_edit)
     return {QStringLiteral("Carrier record added"), QStringLiteral("Carrier Added")};
 }
 
-std::optional<CarrierNotice> refuse_carrier_delete(bool used_by_recipients, bool has_unsent_messages)
+std::optional<Notice> refuse_carrier_delete(bool used_by_recipients, bool has_unsent_messages)
 {
     // The two titles are spelt differently, and the table's name stands in the second text; both are kept
     // as operators and their scripts know them.
     if (used_by_recipients) {
-        return CarrierNotice{QStringLiteral("A carrier can not be deleted if there are recipients using it"),
-                             QStringLiteral("Unalbe to Delete")};
+        return Notice{QStringLiteral("A carrier can not be deleted if there are recipients using it"),
+                      QStringLiteral("Unalbe to Delete")};
     }
     if (has_unsent_messages) {
-        return CarrierNotice{QStringLiteral("A carrier can not be deleted if there are cv_messages pending for it"),
-                             QStringLiteral("Unable to Delete")};
+        return Notice{QStringLiteral("A carrier can not be deleted if there are cv_messages pending for it"),
+                      QStringLiteral("Unable to Delete")};
     }
     return std::nullopt;
 }

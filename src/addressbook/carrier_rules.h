@@ -1,6 +1,7 @@
 #pragma once
 
 #include "addressbook/carrier_types.h"
+#include "core/prompter.h"
 
 #include <functional>
 #include <optional>
@@ -53,29 +54,20 @@ std::optional<double> strict_number(const QString& text);
 // boxes leave their auth lists alone.
 AuthType smtp_auth_on_leaving_credentials(AuthType current, const QString& box_text);
 
-// A message box with one OK button.
-struct CarrierNotice
-{
-    QString text;
-    QString title;
-
-    bool operator==(const CarrierNotice&) const = default;
-};
-
 // Digits, ASCII letters, ".", "-" and "_", compared by character code.
 bool is_carrier_name_character(QChar ch);
 
 // Apply's checks of the name, in their order: empty, illegal character, then (in add mode only) a carrier of
 // that name already there. `carrier_exists` is asked only when the name has passed the first two checks;
 // it must compare without regard to case, as the store does. nullopt when Apply may store the row.
-std::optional<CarrierNotice> refuse_carrier_name(const QString& name, bool is_edit,
-                                                 const std::function<bool(const QString&)>& carrier_exists);
+std::optional<Notice> refuse_carrier_name(const QString& name, bool is_edit,
+                                          const std::function<bool(const QString&)>& carrier_exists);
 
 // The box shown after a stored Apply.
-CarrierNotice apply_done_notice(bool is_edit);
+Notice apply_done_notice(bool is_edit);
 
 // The delete checks, in their order: a recipient that uses the carrier refuses whatever the messages are;
 // then an unsent message for it. Sent messages do not count. nullopt when the row may be deleted.
-std::optional<CarrierNotice> refuse_carrier_delete(bool used_by_recipients, bool has_unsent_messages);
+std::optional<Notice> refuse_carrier_delete(bool used_by_recipients, bool has_unsent_messages);
 
 } // namespace cvd::addressbook

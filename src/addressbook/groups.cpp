@@ -31,13 +31,13 @@ bool has_parenthesis(const QString& text)
     return text.contains(u'(') || text.contains(u')');
 }
 
-std::optional<GroupNotice> refuse_description(const QString& description)
+std::optional<Notice> refuse_description(const QString& description)
 {
     if (description.isEmpty()) {
-        return GroupNotice{u"A Description must be entered"_s, u"No Description"_s};
+        return Notice{u"A Description must be entered"_s, u"No Description"_s};
     }
     if (has_parenthesis(description)) {
-        return GroupNotice{u"Illegal Characters in Description"_s, u"BAD GROUP"_s};
+        return Notice{u"Illegal Characters in Description"_s, u"BAD GROUP"_s};
     }
     return std::nullopt;
 }
@@ -61,13 +61,12 @@ void update_group(store::Database& db, const QString& name, bool loaded_on_call,
     transaction.commit();
 }
 
-std::optional<GroupNotice> delete_group_rows(store::Database& db, const QString& name)
+std::optional<Notice> delete_group_rows(store::Database& db, const QString& name)
 {
     store::Transaction transaction(db);
     if (has_unsent_messages(db, name)) {
         // The table's name stands in the text: operators know the box by it.
-        return GroupNotice{u"A group can not be deleted if there are cv_messages pending for it"_s,
-                           u"Unable to Delete"_s};
+        return Notice{u"A group can not be deleted if there are cv_messages pending for it"_s, u"Unable to Delete"_s};
     }
     store::Statement recipient = db.prepare(u"DELETE FROM cv_recipients WHERE (cv_name = ?1)"_s);
     recipient.bind(1, name);
@@ -153,12 +152,12 @@ RecipientRow group_row(const GroupEntry& entry)
     return row;
 }
 
-std::optional<GroupNotice> refuse_add_group_window(bool any_recipient)
+std::optional<Notice> refuse_add_group_window(bool any_recipient)
 {
     if (any_recipient) {
         return std::nullopt;
     }
-    return GroupNotice{u"At Least One Recipient Must Be Setup First"_s, u"No Recipients"_s};
+    return Notice{u"At Least One Recipient Must Be Setup First"_s, u"No Recipients"_s};
 }
 
 bool any_recipient(store::Database& db)
@@ -195,8 +194,8 @@ GroupApplyOutcome add_group(AppState& state, const GroupEntry& entry)
     // The test and the insert are one transaction, so a name taken meanwhile by another console is seen.
     const RecipientRow row = group_row(checked);
     outcome.stored = with_retry(state, kAddProcedure, [&] { return add_recipient(state.global_db, row); });
-    outcome.notice = outcome.stored ? GroupNotice{u"Group record added"_s, u"Group Added"_s}
-                                    : GroupNotice{u"That Short Name is already in use"_s, u"Bad Name"_s};
+    outcome.notice = outcome.stored ? Notice{u"Group record added"_s, u"Group Added"_s}
+                                    : Notice{u"That Short Name is already in use"_s, u"Bad Name"_s};
     return outcome;
 }
 
@@ -211,13 +210,12 @@ std::optional<GroupEntry> load_group(AppState& state, const QString& name)
     return GroupEntry{row->name, row->full_name, row->extra1, row->extra2, row->on_call};
 }
 
-std::optional<GroupNotice> edit_group(AppState& state, const QString& name, bool loaded_on_call,
-                                      const GroupEntry& entry)
+std::optional<Notice> edit_group(AppState& state, const QString& name, bool loaded_on_call, const GroupEntry& entry)
 {
     state.clear_error_counters();
     GroupEntry checked = entry;
     checked.description = trim_blanks(entry.description);
-    if (std::optional<GroupNotice> refusal = refuse_description(checked.description)) {
+    if (std::optional<Notice> refusal = refuse_description(checked.description)) {
         return refusal;
     }
     with_retry(state, kEditProcedure, [&] { update_group(state.global_db, name, loaded_on_call, checked); });
@@ -242,7 +240,7 @@ GroupListCaptions group_list_captions(GroupListMode mode)
     return {};
 }
 
-std::optional<GroupNotice> delete_group(AppState& state, const QString& name)
+std::optional<Notice> delete_group(AppState& state, const QString& name)
 {
     state.clear_error_counters();
     return with_retry(state, kDeleteProcedure, [&] { return delete_group_rows(state.global_db, name); });

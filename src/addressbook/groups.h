@@ -19,7 +19,6 @@ class Database;
 namespace addressbook {
 
 // A message box with one OK button, as the group windows show it.
-using GroupNotice = CarrierNotice;
 
 // The boxes of the group dialogs as the operator leaves them.
 enum class GroupBox {
@@ -48,7 +47,7 @@ struct GroupEntry
 RecipientRow group_row(const GroupEntry& entry);
 
 // The add window refuses to open while cv_recipients holds no row at all.
-std::optional<GroupNotice> refuse_add_group_window(bool any_recipient);
+std::optional<Notice> refuse_add_group_window(bool any_recipient);
 bool any_recipient(store::Database& db);
 
 // Apply of add_group against state.global_db ("Procedure: add_group command1"). The short name comes back as
@@ -56,7 +55,7 @@ bool any_recipient(store::Database& db);
 struct GroupApplyOutcome
 {
     QString short_name;
-    GroupNotice notice; // the refusal, or "Group record added"
+    Notice notice; // the refusal, or "Group record added"
     bool stored = false;
 };
 GroupApplyOutcome add_group(AppState& state, const GroupEntry& entry);
@@ -67,8 +66,7 @@ std::optional<GroupEntry> load_group(AppState& state, const QString& name);
 // Apply of edit_group ("Procedure: edit_group command11"). The short name is the one loaded and never changes.
 // Taking the on-call flag away from a group that was on-call when loaded deletes its roster in the same
 // transaction. nullopt when stored; a refusal closes the window without storing.
-std::optional<GroupNotice> edit_group(AppState& state, const QString& name, bool loaded_on_call,
-                                      const GroupEntry& entry);
+std::optional<Notice> edit_group(AppState& state, const QString& name, bool loaded_on_call, const GroupEntry& entry);
 
 // The groups by full name, as list_groups shows them.
 QList<RecipientListEntry> list_groups(store::Database& db);
@@ -85,7 +83,7 @@ GroupListCaptions group_list_captions(GroupListMode mode);
 
 // Deletes the group and its own member rows in one transaction ("Procedure: list_groups load"), unless an
 // unsent message waits for it. Rows naming it as a member of another group, and its roster, stay.
-std::optional<GroupNotice> delete_group(AppState& state, const QString& name);
+std::optional<Notice> delete_group(AppState& state, const QString& name);
 
 // The text of a recipient in the member lists: a group carries " (G)" behind or "(G) " in front.
 QString group_mark_text(const QString& full_name, bool is_group, bool label_after);

@@ -79,13 +79,13 @@ NameWalk walk_name(const QString& text, bool (*allowed)(QChar))
     return walk;
 }
 
-std::optional<RecipientNotice> refuse_names(const QString& short_name, const QString& full_name)
+std::optional<Notice> refuse_names(const QString& short_name, const QString& full_name)
 {
     if (short_name.isEmpty()) {
-        return RecipientNotice{u"A Short Name must be entered"_s, u"No Recipient"_s};
+        return Notice{u"A Short Name must be entered"_s, u"No Recipient"_s};
     }
     if (full_name.isEmpty()) {
-        return RecipientNotice{u"A Full Name must be entered"_s, u"No Full Name"_s};
+        return Notice{u"A Full Name must be entered"_s, u"No Full Name"_s};
     }
     return std::nullopt;
 }
@@ -282,22 +282,22 @@ EntryCheck check_recipient_entry(Protocol protocol, const RecipientEntry& entry,
     const NameWalk short_walk = walk_short_name(entry.short_name);
     check.short_name = short_walk.text;
     if (!short_walk.accepted) {
-        check.refusal = RecipientNotice{u"Illegal Characters in Short Name"_s, u"Bad Recipient"_s};
+        check.refusal = Notice{u"Illegal Characters in Short Name"_s, u"Bad Recipient"_s};
         return check;
     }
     const NameWalk full_walk = walk_full_name(entry.full_name);
     check.full_name = full_walk.text;
     if (!full_walk.accepted) {
-        check.refusal = RecipientNotice{u"Illegal Characters in Full Name"_s, u"Bad Full Name"_s};
+        check.refusal = Notice{u"Illegal Characters in Full Name"_s, u"Bad Full Name"_s};
         return check;
     }
     if (entry.type == RecipientType::Normal && entry.identity.isEmpty()) {
-        check.refusal = RecipientNotice{recipient_frame(protocol).missing_identity_text, u"Missing Data"_s};
+        check.refusal = Notice{recipient_frame(protocol).missing_identity_text, u"Missing Data"_s};
         return check;
     }
     // In edit mode the row found is the one being edited: its short name cannot be changed.
     if (!is_edit && name_exists(check.short_name)) {
-        check.refusal = RecipientNotice{u"That Short Name already exists"_s, u"Duplicate Recipient"_s};
+        check.refusal = Notice{u"That Short Name already exists"_s, u"Duplicate Recipient"_s};
     }
     return check;
 }
@@ -341,7 +341,7 @@ RecipientEntry entry_of_row(const RecipientRow& row)
     return entry;
 }
 
-RecipientNotice recipient_stored_notice(bool is_edit)
+Notice recipient_stored_notice(bool is_edit)
 {
     if (is_edit) {
         return {u"Recipient record updated"_s, u"Recipient Updated"_s};
@@ -349,12 +349,12 @@ RecipientNotice recipient_stored_notice(bool is_edit)
     return {u"Recipient record added"_s, u"Recipient Added"_s};
 }
 
-std::optional<RecipientNotice> refuse_recipient_delete(bool has_unsent_messages)
+std::optional<Notice> refuse_recipient_delete(bool has_unsent_messages)
 {
     // The table's name stands in the text; operators know the box by it.
     if (has_unsent_messages) {
-        return RecipientNotice{u"A recipient can not be deleted if there are cv_messages pending for it"_s,
-                               u"Unable to Delete"_s};
+        return Notice{u"A recipient can not be deleted if there are cv_messages pending for it"_s,
+                      u"Unable to Delete"_s};
     }
     return std::nullopt;
 }

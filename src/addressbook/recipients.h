@@ -10,7 +10,6 @@
 namespace cvd::addressbook {
 
 // A message box with one OK button, the same kind the carrier dialog shows.
-using RecipientNotice = CarrierNotice;
 
 // One row of cv_recipients as this program writes and reads it. A null column reads as empty text, 0 or false.
 struct RecipientRow
@@ -164,7 +163,7 @@ struct EntryCheck
 {
     QString short_name;
     QString full_name;
-    std::optional<RecipientNotice> refusal;
+    std::optional<Notice> refusal;
 };
 EntryCheck check_recipient_entry(Protocol protocol, const RecipientEntry& entry, bool is_edit,
                                  const std::function<bool(const QString&)>& name_exists);
@@ -178,10 +177,10 @@ RecipientRow recipient_row(Protocol protocol, const RecipientEntry& entry);
 RecipientEntry entry_of_row(const RecipientRow& row);
 
 // The box shown after a stored Apply.
-RecipientNotice recipient_stored_notice(bool is_edit);
+Notice recipient_stored_notice(bool is_edit);
 
 // Delete refuses while unsent messages wait for the recipient; sent ones do not count.
-std::optional<RecipientNotice> refuse_recipient_delete(bool has_unsent_messages);
+std::optional<Notice> refuse_recipient_delete(bool has_unsent_messages);
 
 // A line of the recipient list: short name, tab, full name.
 QString recipient_list_line(const QString& name, const QString& full_name);

@@ -117,11 +117,11 @@ bool has_unsent_messages(store::Database& db, const QString& name)
     return query.step();
 }
 
-std::optional<RecipientNotice> delete_recipient(store::Database& db, const QString& name)
+std::optional<Notice> delete_recipient(store::Database& db, const QString& name)
 {
     // The check runs inside the transaction, so a message queued meanwhile by another process is seen.
     store::Transaction transaction(db);
-    if (std::optional<RecipientNotice> refusal = refuse_recipient_delete(has_unsent_messages(db, name))) {
+    if (std::optional<Notice> refusal = refuse_recipient_delete(has_unsent_messages(db, name))) {
         return refusal;
     }
     store::Statement recipient = db.prepare(u"DELETE FROM cv_recipients WHERE cv_name = ?1"_s);
@@ -176,7 +176,7 @@ ApplyOutcome apply_recipient(AppState& state, Protocol protocol, const Recipient
         outcome.stored = with_retry(state, kApplyProcedure, [&] { return add_recipient(state.global_db, row); });
         if (!outcome.stored) {
             // Another console took the name between the check and the insert.
-            outcome.notice = RecipientNotice{u"That Short Name already exists"_s, u"Duplicate Recipient"_s};
+            outcome.notice = Notice{u"That Short Name already exists"_s, u"Duplicate Recipient"_s};
             return outcome;
         }
     }
@@ -186,7 +186,7 @@ ApplyOutcome apply_recipient(AppState& state, Protocol protocol, const Recipient
     return outcome;
 }
 
-std::optional<RecipientNotice> delete_listed_recipient(AppState& state, const QString& name)
+std::optional<Notice> delete_listed_recipient(AppState& state, const QString& name)
 {
     state.clear_error_counters();
     return with_retry(state, kDeleteProcedure, [&] { return delete_recipient(state.global_db, name); });

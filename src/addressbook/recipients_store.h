@@ -37,7 +37,7 @@ bool has_unsent_messages(store::Database& db, const QString& name);
 
 // Deletes the recipient and its member rows in cv_groups in one transaction, unless unsent messages wait for it:
 // then nothing is deleted and the refusal comes back. Groups left empty stay, and so do rows in cv_oncalltable.
-std::optional<RecipientNotice> delete_recipient(store::Database& db, const QString& name);
+std::optional<Notice> delete_recipient(store::Database& db, const QString& name);
 
 // The recipients (not groups) by full name, as the list window shows them.
 struct RecipientListEntry
@@ -57,14 +57,14 @@ struct ApplyOutcome
 {
     QString short_name;
     QString full_name;
-    std::optional<RecipientNotice> notice; // the refusal, or the box after a stored row
-    bool stored = false;                   // false with no notice: the edited row had vanished
+    std::optional<Notice> notice; // the refusal, or the box after a stored row
+    bool stored = false;          // false with no notice: the edited row had vanished
 };
 ApplyOutcome apply_recipient(AppState& state, Protocol protocol, const RecipientEntry& entry, bool is_edit,
                              const QString& loaded_name);
 
 // The list window's Delete against state.global_db ("Procedure: list_recipients load"). nullopt when deleted.
-std::optional<RecipientNotice> delete_listed_recipient(AppState& state, const QString& name);
+std::optional<Notice> delete_listed_recipient(AppState& state, const QString& name);
 
 } // namespace addressbook
 } // namespace cvd

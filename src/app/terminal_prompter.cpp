@@ -70,20 +70,25 @@ private:
 
 } // namespace
 
-BoxAnswer TerminalPrompter::show_box(const QString& text, const QString& title, BoxButtons buttons, BoxIcon)
+BoxAnswer TerminalPrompter::show_box(const Notice& notice)
 {
-    std::fprintf(m_messages, "%s: %s\n", qUtf8Printable(title), qUtf8Printable(text));
+    std::fprintf(m_messages, "%s: %s\n", qUtf8Printable(notice.title), qUtf8Printable(notice.text));
     std::fflush(m_messages);
-    if (buttons == BoxButtons::Ok) {
+    if (notice.buttons == BoxButtons::Ok) {
         return BoxAnswer::Ok;
     }
+    const bool yes_no = notice.buttons == BoxButtons::YesNo || notice.buttons == BoxButtons::YesNoCancel;
+    const BoxAnswer refusal = yes_no ? BoxAnswer::No : BoxAnswer::Cancel;
     const Terminal terminal;
     if (!terminal.available()) {
-        return BoxAnswer::No;
+        return refusal;
     }
-    terminal.write_text(u"[y/N] "_s);
+    terminal.write_text(yes_no ? u"[y/N] "_s : u"[o/C] "_s);
     const QString answer = terminal.read_line(false).value_or(QString()).trimmed();
-    return answer.startsWith(u'y', Qt::CaseInsensitive) ? BoxAnswer::Yes : BoxAnswer::No;
+    if (yes_no) {
+        return answer.startsWith(u'y', Qt::CaseInsensitive) ? BoxAnswer::Yes : refusal;
+    }
+    return answer.startsWith(u'o', Qt::CaseInsensitive) ? BoxAnswer::Ok : refusal;
 }
 
 std::optional<QString> TerminalPrompter::ask_password(PasswordKind kind, const QString& prompt)
@@ -97,6 +102,34 @@ std::optional<QString> TerminalPrompter::ask_password(PasswordKind kind, const Q
     const QString label = kind == PasswordKind::Database ? u"Database Password"_s : u"Password Required"_s;
     terminal.write_text(label + u": "_s + prompt + u"\nPassword: "_s);
     return terminal.read_line(true);
+}
+
+std::optional<QString> TerminalPrompter::choose_open_file(const FileChoice& choice)
+{
+    return ask_path(choice);
+}
+
+std::optional<QString> TerminalPrompter::choose_save_file(const FileChoice& choice)
+{
+    return ask_path(choice);
+}
+
+// A path typed on the terminal; an empty line or no terminal cancels.
+std::optional<QString> TerminalPrompter::ask_path(const FileChoice& choice)
+{
+    const Terminal terminal;
+    if (!terminal.available()) {
+        std::fprintf(m_messages, "%s (no terminal to ask on)\n", qUtf8Printable(choice.caption));
+        std::fflush(m_messages);
+        return std::nullopt;
+    }
+    terminal.write_text(choice.caption + u" ["_s + choice.start_name + u"]: "_s);
+    const QString typed = terminal.read_line(false).value_or(QString()).trimmed();
+    const QString path = typed.isEmpty() ? choice.start_name : typed;
+    if (path.isEmpty()) {
+        return std::nullopt;
+    }
+    return path;
 }
 
 } // namespace cvd::app

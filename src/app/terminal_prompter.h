@@ -13,10 +13,14 @@ class TerminalPrompter : public Prompter
 {
 public:
     explicit TerminalPrompter(std::FILE* messages = stderr) : m_messages(messages) {}
-    BoxAnswer show_box(const QString& text, const QString& title, BoxButtons buttons, BoxIcon icon) override;
+    BoxAnswer show_box(const Notice& notice) override;
     std::optional<QString> ask_password(PasswordKind kind, const QString& prompt) override;
+    std::optional<QString> choose_open_file(const FileChoice& choice) override;
+    std::optional<QString> choose_save_file(const FileChoice& choice) override;
 
 private:
+    std::optional<QString> ask_path(const FileChoice& choice);
+
     std::FILE* m_messages;
 };
 

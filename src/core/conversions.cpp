@@ -29,8 +29,8 @@ bool run_with_box(AppState& state, const QString& name, const std::function<void
         conversion();
         return true;
     } catch (const store::Error& error) {
-        state.prompter.show_box(u"Error #"_s + QString::number(error.code()) + u"  "_s + error.message(),
-                                u"CVD Fatal Error - "_s + name, BoxButtons::Ok, BoxIcon::Critical);
+        state.prompter.show_box({u"Error #"_s + QString::number(error.code()) + u"  "_s + error.message(),
+                                 u"CVD Fatal Error - "_s + name, BoxIcon::Critical});
         return false;
     }
 }
@@ -87,8 +87,8 @@ ConversionStatus upgrade_old_layout(AppState& state, ConversionBackup& backup)
     const int version =
         with_retry(state, procedure, [&] { return store::version_column_value(state.global_db).value_or(0); });
     if (version < kOldestConvertible) {
-        state.prompter.show_box(u"The existing database is too old to upgrade."_s, u"Can't Upgrade Database"_s,
-                                BoxButtons::Ok, BoxIcon::Critical);
+        state.prompter.show_box(
+            {u"The existing database is too old to upgrade."_s, u"Can't Upgrade Database"_s, BoxIcon::Critical});
         return ConversionStatus::Refused;
     }
     store::Database& db = state.global_db;

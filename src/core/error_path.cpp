@@ -60,7 +60,7 @@ namespace {
 [[noreturn]] void halt(AppState& state, const ErrorInfo& error, const QString& procedure)
 {
     const QString text = halting_text(error, procedure);
-    state.prompter.show_box(text, state.app_title + u" Fatal Error"_s, BoxButtons::Ok, BoxIcon::Critical);
+    state.prompter.show_box({text, state.app_title + u" Fatal Error"_s, BoxIcon::Critical});
     throw ProgramHalted(text);
 }
 

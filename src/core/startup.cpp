@@ -82,15 +82,15 @@ void copy_first_run_database(AppState& state)
     }
     const QString source = state.program_folder + QLatin1StringView(kDatabaseFileName);
     if (isfile(source) && cancopy(source, target)) {
-        state.prompter.show_box(u"Corvane Desk database file copied from program folder to new data folder: "_s +
-                                    state.global_db_folder,
-                                u"Database Copied"_s, BoxButtons::Ok, BoxIcon::Information);
+        state.prompter.show_box(
+            {u"Corvane Desk database file copied from program folder to new data folder: "_s + state.global_db_folder,
+             u"Database Copied"_s, BoxIcon::Information});
     }
 }
 
 StartupResult refuse_version(AppState& state)
 {
-    state.prompter.show_box(kMismatchText, kMismatchTitle, BoxButtons::Ok, BoxIcon::Critical);
+    state.prompter.show_box({kMismatchText, kMismatchTitle, BoxIcon::Critical});
     close_database(state);
     return exit_with(kExitFailure, u"the database version does not match this program"_s);
 }
@@ -177,8 +177,8 @@ StartupResult run_startup(AppState& state, const QString& command_line, const QS
         state.runtime_dir + u'/' + QLatin1StringView(platform::kInstanceLockName), platform::FileLock::Mode::Exclusive);
     if (!state.instance_lock) {
         if (!state.start_minimized) {
-            state.prompter.show_box(u"Another copy of Corvane Desk is already running.  Quitting..."_s,
-                                    u"Duplicate Application"_s, BoxButtons::Ok, BoxIcon::Information);
+            state.prompter.show_box({u"Another copy of Corvane Desk is already running.  Quitting..."_s,
+                                     u"Duplicate Application"_s, BoxIcon::Information});
         }
         // A line handed in was enqueued for the running copy: that is a success.
         return parsed.line.isEmpty() ? exit_with(kExitFailure, u"another copy is already running"_s)

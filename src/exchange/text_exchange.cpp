@@ -363,12 +363,12 @@ void import_member(store::Database& db, const QList<Value>& values, bool overwri
     transaction.commit();
 }
 
-ExchangeBox import_error_box()
+Notice import_error_box()
 {
     return {u"Error importing records"_s, u"Import Error"_s};
 }
 
-ExchangeBox import_complete_box(ExchangeKind kind, const Counts& counts)
+Notice import_complete_box(ExchangeKind kind, const Counts& counts)
 {
     const QString noun = kind_noun(kind);
     return {QString::number(counts.imported) + u" "_s + noun + u" records imported,\n"_s +
@@ -449,25 +449,24 @@ ExportResult export_text(AppState& state, ExchangeKind kind, const QString& path
         return result;
     }
     if (isfile(path) && !cankill(path)) {
-        result.box = ExchangeBox{u"Unable to overwrite existing file."_s, u"Export Failed"_s};
+        result.box = Notice{u"Unable to overwrite existing file."_s, u"Export Failed"_s};
         return result;
     }
     try {
         result.exported = write_export(state.global_db, kind, path);
     } catch (const store::Error&) {
-        result.box = ExchangeBox{u"Error exporting records"_s, u"Export Error"_s};
+        result.box = Notice{u"Error exporting records"_s, u"Export Error"_s};
         return result;
     } catch (const WriteFailed&) {
-        result.box = ExchangeBox{u"Error exporting records"_s, u"Export Error"_s};
+        result.box = Notice{u"Error exporting records"_s, u"Export Error"_s};
         return result;
     }
     if (!isfile(path)) {
-        result.box =
-            ExchangeBox{u"Unable to write export file. Invalid path or insufficient rights."_s, u"Export Failed"_s};
+        result.box = Notice{u"Unable to write export file. Invalid path or insufficient rights."_s, u"Export Failed"_s};
         return result;
     }
-    result.box = ExchangeBox{QString::number(result.exported) + u" "_s + kind_noun(kind) + u" records exported"_s,
-                             u"Export Complete"_s};
+    result.box = Notice{QString::number(result.exported) + u" "_s + kind_noun(kind) + u" records exported"_s,
+                        u"Export Complete"_s};
     result.succeeded = true;
     return result;
 }
@@ -479,7 +478,7 @@ ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path
         return result;
     }
     if (!isfile(path)) {
-        result.box = ExchangeBox{u"That file does not exist"_s, u"File Not Found"_s};
+        result.box = Notice{u"That file does not exist"_s, u"File Not Found"_s};
         return result;
     }
     QFile file(path);
@@ -500,7 +499,7 @@ ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path
         return result;
     }
     if (!version_matches(parsed.records.at(first).at(0))) {
-        result.box = ExchangeBox{u"Import file version mismatch"_s, u"Version Mismatch"_s};
+        result.box = Notice{u"Import file version mismatch"_s, u"Version Mismatch"_s};
         return result;
     }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/prompter.h"
+
 #include <QString>
 #include <optional>
 
@@ -26,18 +28,9 @@ QString export_window_caption(); // "Export To Text File"
 QString import_window_caption(); // "Import From Text File"
 QString browse_filter();         // "Text File (*.txt)|*.txt"
 
-// A box with one OK button for the window to show.
-struct ExchangeBox
-{
-    QString text;
-    QString title;
-
-    bool operator==(const ExchangeBox&) const = default;
-};
-
 struct ExportResult
 {
-    std::optional<ExchangeBox> box; // none when the path was empty
+    std::optional<Notice> box; // none when the path was empty
     int exported = 0;
     bool succeeded = false; // the box is the one of a finished export
 };
@@ -48,7 +41,7 @@ ExportResult export_text(AppState& state, ExchangeKind kind, const QString& path
 
 struct ImportResult
 {
-    std::optional<ExchangeBox> box; // none when the path was empty
+    std::optional<Notice> box; // none when the path was empty
     int imported = 0;
     int skipped = 0;
     bool succeeded = false; // the box is the one of a finished import

@@ -83,8 +83,8 @@ bool cancel_all_messages(AppState& state, ConsoleView& view)
 {
     state.clear_error_counters();
     const BoxAnswer answer = state.prompter.show_box(
-        u"Are you sure you want to cancel all the pending messages (not scheduled or repeating messages)?"_s,
-        u"Cancel Pending Messages"_s, BoxButtons::YesNo, BoxIcon::Question);
+        {u"Are you sure you want to cancel all the pending messages (not scheduled or repeating messages)?"_s,
+         u"Cancel Pending Messages"_s, BoxIcon::Question, BoxButtons::YesNo});
     if (answer != BoxAnswer::Yes) {
         return false;
     }

@@ -95,8 +95,7 @@ std::optional<exchange::ExchangeKind> exchange_kind(const QString& word)
     return std::nullopt;
 }
 
-int report(const std::optional<exchange::ExchangeBox>& box, bool succeeded, const char* command, QTextStream& out,
-           QTextStream& err)
+int report(const std::optional<Notice>& box, bool succeeded, const char* command, QTextStream& out, QTextStream& err)
 {
     const QString text = box ? QString(box->text).replace(u'\n', u"; "_s) : QString();
     if (succeeded) {

@@ -1,5 +1,5 @@
 #include "addressbook/carrier_rules.h"
-#include "addressbook/notice_printer.h"
+#include "support/printers.h"
 
 #include <gtest/gtest.h>
 
@@ -146,16 +146,16 @@ TEST(CarrierRules, SmtpCredentialsMoveAuthFromNoneToStandard)
 
 TEST(CarrierRules, ApplyRefusesNamesInOrder)
 {
-    const CarrierNotice empty{u"A carrier name must be entered"_s, u"Invalid Entry"_s};
-    const CarrierNotice illegal{u"Illegal Character in the Carrier Name"_s, u"BAD CARRIER"_s};
-    const CarrierNotice duplicate{u"A carrier with that name already exists"_s, u"Duplicate Carrier"_s};
+    const Notice empty{u"A carrier name must be entered"_s, u"Invalid Entry"_s};
+    const Notice illegal{u"Illegal Character in the Carrier Name"_s, u"BAD CARRIER"_s};
+    const Notice duplicate{u"A carrier with that name already exists"_s, u"Duplicate Carrier"_s};
 
     struct Case
     {
         QString name;
         bool is_edit;
         bool exists;
-        std::optional<CarrierNotice> refusal;
+        std::optional<Notice> refusal;
         bool asks_store;
     };
     const Case cases[] = {
@@ -182,8 +182,8 @@ TEST(CarrierRules, ApplyRefusesNamesInOrder)
         EXPECT_EQ(asked, c.asks_store);
     }
 
-    EXPECT_EQ(apply_done_notice(true), (CarrierNotice{u"Carrier record updated"_s, u"Carrier Updated"_s}));
-    EXPECT_EQ(apply_done_notice(false), (CarrierNotice{u"Carrier record added"_s, u"Carrier Added"_s}));
+    EXPECT_EQ(apply_done_notice(true), (Notice{u"Carrier record updated"_s, u"Carrier Updated"_s}));
+    EXPECT_EQ(apply_done_notice(false), (Notice{u"Carrier record added"_s, u"Carrier Added"_s}));
 }
 
 TEST(CarrierRules, NameCharactersAreDigitsAsciiLettersDotDashUnderscore)
@@ -199,10 +199,10 @@ TEST(CarrierRules, NameCharactersAreDigitsAsciiLettersDotDashUnderscore)
 
 TEST(CarrierRules, DeleteRefusesWhileRecipientsOrUnsentMessagesUseTheCarrier)
 {
-    const CarrierNotice by_recipients{u"A carrier can not be deleted if there are recipients using it"_s,
-                                      u"Unalbe to Delete"_s};
-    const CarrierNotice by_messages{u"A carrier can not be deleted if there are cv_messages pending for it"_s,
-                                    u"Unable to Delete"_s};
+    const Notice by_recipients{u"A carrier can not be deleted if there are recipients using it"_s,
+                               u"Unalbe to Delete"_s};
+    const Notice by_messages{u"A carrier can not be deleted if there are cv_messages pending for it"_s,
+                             u"Unable to Delete"_s};
     EXPECT_EQ(refuse_carrier_delete(true, false), by_recipients);
     EXPECT_EQ(refuse_carrier_delete(true, true), by_recipients); // whatever the messages are
     EXPECT_EQ(refuse_carrier_delete(false, true), by_messages);

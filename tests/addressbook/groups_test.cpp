@@ -1,11 +1,11 @@
 #include "addressbook/groups.h"
-#include "addressbook/notice_printer.h"
 #include "addressbook/recipients_store.h"
 #include "core/app_state.h"
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/printers.h"
 #include "support/test_environment.h"
 
 #include <QDir>
@@ -113,14 +113,14 @@ protected:
 TEST_F(GroupStoreTest, AddRefusesInOrderAndStoresTheGroupRow)
 {
     EXPECT_EQ(refuse_add_group_window(any_recipient(db())),
-              (GroupNotice{u"At Least One Recipient Must Be Setup First"_s, u"No Recipients"_s}));
+              (Notice{u"At Least One Recipient Must Be Setup First"_s, u"No Recipients"_s}));
     add_person(u"ann"_s, u"Ann Smith"_s);
     EXPECT_FALSE(refuse_add_group_window(any_recipient(db())));
 
     struct Case
     {
         GroupEntry entry;
-        GroupNotice notice;
+        Notice notice;
     };
     const Case refusals[] = {
         {{u"  "_s, u"("_s, {}, {}, false}, {u"A Short Name must be entered"_s, u"No Group Name"_s}},
@@ -138,7 +138,7 @@ TEST_F(GroupStoreTest, AddRefusesInOrderAndStoresTheGroupRow)
 
     const GroupApplyOutcome added = add_group(*state, {u" o'ps "_s, u" Night Ops "_s, u" c1 "_s, u"c2"_s, true});
     EXPECT_TRUE(added.stored);
-    EXPECT_EQ(added.notice, (GroupNotice{u"Group record added"_s, u"Group Added"_s}));
+    EXPECT_EQ(added.notice, (Notice{u"Group record added"_s, u"Group Added"_s}));
     EXPECT_EQ(added.short_name, u"o`ps"_s);
     RecipientRow expected = group_row({u"o`ps"_s, u"Night Ops"_s, u"c1"_s, u"c2"_s, true});
     EXPECT_EQ(read_recipient(db(), u"o`ps"_s), expected);
@@ -167,9 +167,9 @@ TEST_F(GroupStoreTest, EditKeepsTheNameAndTakingOnCallAwayDeletesTheRoster)
 
     // Refused entries leave the row and the roster as they were.
     EXPECT_EQ(edit_group(*state, u"ops"_s, true, {u"ops"_s, u"  "_s, {}, {}, false}),
-              (GroupNotice{u"A Description must be entered"_s, u"No Description"_s}));
+              (Notice{u"A Description must be entered"_s, u"No Description"_s}));
     EXPECT_EQ(edit_group(*state, u"ops"_s, true, {u"ops"_s, u"a)"_s, {}, {}, false}),
-              (GroupNotice{u"Illegal Characters in Description"_s, u"BAD GROUP"_s}));
+              (Notice{u"Illegal Characters in Description"_s, u"BAD GROUP"_s}));
     EXPECT_EQ(read_recipient(db(), u"ops"_s)->full_name, u"Ops"_s);
     EXPECT_EQ(count(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = ?1"_s, u"ops"_s), 1);
 
@@ -239,9 +239,8 @@ TEST_F(GroupStoreTest, DeleteWaitsForPendingMessagesAndRemovesOnlyOwnMemberRows)
     db().exec(u"INSERT INTO cv_messages (cv_recipient, cv_message, cv_sent) VALUES ('ops', 'hi', 0)"_s);
 
     EXPECT_EQ(list_groups(db()), (QList<RecipientListEntry>{{u"all"_s, u"All"_s}, {u"ops"_s, u"Ops"_s}}));
-    EXPECT_EQ(
-        delete_group(*state, u"ops"_s),
-        (GroupNotice{u"A group can not be deleted if there are cv_messages pending for it"_s, u"Unable to Delete"_s}));
+    EXPECT_EQ(delete_group(*state, u"ops"_s),
+              (Notice{u"A group can not be deleted if there are cv_messages pending for it"_s, u"Unable to Delete"_s}));
     EXPECT_TRUE(read_recipient(db(), u"ops"_s));
 
     db().exec(u"UPDATE cv_messages SET cv_sent = -1"_s);

@@ -1,10 +1,10 @@
-#include "addressbook/notice_printer.h"
 #include "addressbook/recipients.h"
 #include "addressbook/recipients_store.h"
 #include "core/app_state.h"
 #include "core/databases.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/printers.h"
 #include "support/test_environment.h"
 
 #include <QDir>
@@ -237,8 +237,8 @@ RecipientEntry valid_entry()
     return entry;
 }
 
-const RecipientNotice kBadShort{u"Illegal Characters in Short Name"_s, u"Bad Recipient"_s};
-const RecipientNotice kBadFull{u"Illegal Characters in Full Name"_s, u"Bad Full Name"_s};
+const Notice kBadShort{u"Illegal Characters in Short Name"_s, u"Bad Recipient"_s};
+const Notice kBadFull{u"Illegal Characters in Full Name"_s, u"Bad Full Name"_s};
 
 TEST(RecipientApplyChecks, IllegalCharactersAreRefusedAndQuotesBecomeGraveAccents)
 {
@@ -246,7 +246,7 @@ TEST(RecipientApplyChecks, IllegalCharactersAreRefusedAndQuotesBecomeGraveAccent
     {
         QString short_name;
         QString full_name;
-        std::optional<RecipientNotice> refusal;
+        std::optional<Notice> refusal;
         QString short_shown;
         QString full_shown;
     } cases[] = {
@@ -276,10 +276,10 @@ TEST(RecipientApplyChecks, IllegalCharactersAreRefusedAndQuotesBecomeGraveAccent
 
 TEST(RecipientApplyChecks, RefusalsComeInTheirOrder)
 {
-    const RecipientNotice no_short{u"A Short Name must be entered"_s, u"No Recipient"_s};
-    const RecipientNotice no_full{u"A Full Name must be entered"_s, u"No Full Name"_s};
-    const RecipientNotice missing_id{u"You must enter a ID/PIN number"_s, u"Missing Data"_s};
-    const RecipientNotice duplicate{u"That Short Name already exists"_s, u"Duplicate Recipient"_s};
+    const Notice no_short{u"A Short Name must be entered"_s, u"No Recipient"_s};
+    const Notice no_full{u"A Full Name must be entered"_s, u"No Full Name"_s};
+    const Notice missing_id{u"You must enter a ID/PIN number"_s, u"Missing Data"_s};
+    const Notice duplicate{u"That Short Name already exists"_s, u"Duplicate Recipient"_s};
     const struct
     {
         const char* what;
@@ -288,7 +288,7 @@ TEST(RecipientApplyChecks, RefusalsComeInTheirOrder)
         QString identity;
         RecipientType type;
         bool is_edit;
-        std::optional<RecipientNotice> refusal;
+        std::optional<Notice> refusal;
         bool duplicate_asked;
     } cases[] = {
         {"all faults", QString(), QString(), QString(), RecipientType::Normal, false, no_short, false},
@@ -319,7 +319,7 @@ TEST(RecipientApplyChecks, RefusalsComeInTheirOrder)
     RecipientEntry entry = valid_entry();
     entry.identity.clear();
     EXPECT_EQ(check_recipient_entry(Protocol::Smtp, entry, false, [](const QString&) { return false; }).refusal,
-              (RecipientNotice{u"You must enter an email address"_s, u"Missing Data"_s}));
+              (Notice{u"You must enter an email address"_s, u"Missing Data"_s}));
 }
 
 TEST(RecipientApplyChecks, RowTakesTheFrameConstantsAndTheTypesIdentity)
@@ -393,7 +393,7 @@ TEST_F(RecipientStoreTest, ApplyStoresEveryColumnAsTheFrameGivesIt)
     entry.flags = {true, true, false, true};
     const ApplyOutcome added = apply_recipient(*state, Protocol::Smtp, entry, false, QString());
     ASSERT_TRUE(added.stored);
-    EXPECT_EQ(added.notice, (RecipientNotice{u"Recipient record added"_s, u"Recipient Added"_s}));
+    EXPECT_EQ(added.notice, (Notice{u"Recipient record added"_s, u"Recipient Added"_s}));
     EXPECT_EQ(added.short_name, u"o`neil"_s);
 
     store::Statement raw =
@@ -420,7 +420,7 @@ TEST_F(RecipientStoreTest, ApplyStoresEveryColumnAsTheFrameGivesIt)
 
     // The duplicate test is case-blind and counts groups.
     db().exec(u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_group) VALUES ('Night-Crew', 'Crew', -1)"_s);
-    const RecipientNotice duplicate{u"That Short Name already exists"_s, u"Duplicate Recipient"_s};
+    const Notice duplicate{u"That Short Name already exists"_s, u"Duplicate Recipient"_s};
     for (const QString& name : {u"O`NEIL"_s, u"night-crew"_s}) {
         RecipientEntry again = valid_entry();
         again.short_name = name;
@@ -446,7 +446,7 @@ TEST_F(RecipientStoreTest, EditOverwritesTheRowAndToneForcesItsConstants)
     entry.max_chars = u"5"_s;
     const ApplyOutcome edited = apply_recipient(*state, Protocol::Tone, entry, true, u"Tina"_s);
     ASSERT_TRUE(edited.stored);
-    EXPECT_EQ(edited.notice, (RecipientNotice{u"Recipient record updated"_s, u"Recipient Updated"_s}));
+    EXPECT_EQ(edited.notice, (Notice{u"Recipient record updated"_s, u"Recipient Updated"_s}));
 
     const std::optional<RecipientRow> after = read_recipient(db(), u"Tina"_s);
     ASSERT_TRUE(after);
@@ -481,9 +481,9 @@ TEST_F(RecipientStoreTest, DeleteRemovesGroupMembershipsUnlessMessagesWait)
               (QList<RecipientListEntry>{{u"ann"_s, u"Ann"_s}, {u"bob"_s, u"Bob"_s}})); // groups are not listed
     EXPECT_EQ(recipient_list_line(u"ann"_s, u"Ann"_s), u"ann\tAnn"_s);
 
-    EXPECT_EQ(delete_listed_recipient(*state, u"bob"_s),
-              (RecipientNotice{u"A recipient can not be deleted if there are cv_messages pending for it"_s,
-                               u"Unable to Delete"_s}));
+    EXPECT_EQ(
+        delete_listed_recipient(*state, u"bob"_s),
+        (Notice{u"A recipient can not be deleted if there are cv_messages pending for it"_s, u"Unable to Delete"_s}));
     EXPECT_EQ(count(u"SELECT COUNT(*) FROM cv_groups WHERE cv_recipient = ?1"_s, u"bob"_s), 1);
 
     // Only sent messages: deleted, with every membership (names compare case-blind).

@@ -6,6 +6,7 @@
 #include "store/database.h"
 #include "store/upgrades.h"
 #include "support/legacy_databases.h"
+#include "support/printers.h"
 #include "support/test_environment.h"
 
 #include <QDir>
@@ -13,11 +14,6 @@
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
-
-inline void PrintTo(const QString& value, std::ostream* out)
-{
-    *out << '"' << value.toStdString() << '"';
-}
 
 namespace cvd {
 namespace {

@@ -4,6 +4,7 @@
 #include "exchange/text_exchange.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/printers.h"
 #include "support/test_environment.h"
 
 #include <QDir>
@@ -13,11 +14,6 @@
 using namespace Qt::Literals::StringLiterals;
 
 namespace cvd::exchange {
-
-void PrintTo(const ExchangeBox& box, std::ostream* out)
-{
-    *out << "{" << box.text.toStdString() << " | " << box.title.toStdString() << "}";
-}
 
 namespace {
 
@@ -193,13 +189,13 @@ TEST_F(TextExchangeTest, EveryKindExportedAndImportedIntoAFreshDatabaseGivesTheS
         const QString path = file(suggested_file_name(item.kind));
         const ExportResult exported = export_text(*source, item.kind, path);
         EXPECT_EQ(exported.exported, item.count);
-        EXPECT_EQ(exported.box, (ExchangeBox{QString::number(item.count) + u" "_s + item.noun + u" records exported"_s,
-                                             u"Export Complete"_s}));
+        EXPECT_EQ(exported.box, (Notice{QString::number(item.count) + u" "_s + item.noun + u" records exported"_s,
+                                        u"Export Complete"_s}));
         const ImportResult imported = import_text(*target, item.kind, path, false);
         EXPECT_EQ(imported.imported, item.count);
-        EXPECT_EQ(imported.box, (ExchangeBox{QString::number(item.count) + u" "_s + item.noun +
-                                                 u" records imported,\n0 "_s + item.noun + u" records skipped."_s,
-                                             u"Import Complete"_s}));
+        EXPECT_EQ(imported.box, (Notice{QString::number(item.count) + u" "_s + item.noun + u" records imported,\n0 "_s +
+                                            item.noun + u" records skipped."_s,
+                                        u"Import Complete"_s}));
     }
     EXPECT_EQ(dump(*target, u"cv_carriers"_s, kCarrierColumns), dump(*source, u"cv_carriers"_s, kCarrierColumns));
     EXPECT_EQ(dump(*target, u"cv_carriers"_s, u"cv_name, cv_retries"_s),
@@ -226,22 +222,22 @@ TEST_F(TextExchangeTest, AnEmptyTableWritesNoFileAndSaysSo)
     const QString path = file(u"carriers.txt"_s);
     write_file(u"carriers.txt"_s, "old");
     const ExportResult result = export_text(*source, ExchangeKind::Carriers, path);
-    EXPECT_EQ(result.box, (ExchangeBox{u"Unable to write export file. Invalid path or insufficient rights."_s,
-                                       u"Export Failed"_s}));
+    EXPECT_EQ(result.box,
+              (Notice{u"Unable to write export file. Invalid path or insufficient rights."_s, u"Export Failed"_s}));
     EXPECT_FALSE(QFile::exists(path));
     EXPECT_FALSE(export_text(*source, ExchangeKind::Carriers, QString()).box.has_value());
 }
 
 TEST_F(TextExchangeTest, FilesThatCannotBeImportedLeaveTheTablesAlone)
 {
-    const ExchangeBox error{u"Error importing records"_s, u"Import Error"_s};
-    const ExchangeBox mismatch{u"Import file version mismatch"_s, u"Version Mismatch"_s};
+    const Notice error{u"Error importing records"_s, u"Import Error"_s};
+    const Notice mismatch{u"Import file version mismatch"_s, u"Version Mismatch"_s};
     const QByteArray record = "\"ann\",\"Ann\",\"1\",\"net\",160,#TRUE#,#FALSE#,#FALSE#,#FALSE#,#FALSE#,#FALSE#,"
                               "#FALSE#,\"\",\"\",100\r\n";
     struct Case
     {
         QByteArray content;
-        ExchangeBox box;
+        Notice box;
     };
     const Case cases[] = {
         {"\"Version\",\"Name\",\"FullName\"\r\n", error},
@@ -262,7 +258,7 @@ TEST_F(TextExchangeTest, FilesThatCannotBeImportedLeaveTheTablesAlone)
     EXPECT_TRUE(dump(*source, u"cv_recipients"_s).isEmpty());
 
     const ImportResult missing = import_text(*source, ExchangeKind::Recipients, file(u"nowhere.txt"_s), false);
-    EXPECT_EQ(missing.box, (ExchangeBox{u"That file does not exist"_s, u"File Not Found"_s}));
+    EXPECT_EQ(missing.box, (Notice{u"That file does not exist"_s, u"File Not Found"_s}));
     EXPECT_FALSE(import_text(*source, ExchangeKind::Recipients, QString(), false).box.has_value());
 
     // The heading is optional, and a bare 500 is the version as well.
@@ -282,8 +278,7 @@ TEST_F(TextExchangeTest, OverwriteReplacesAnExistingNameAndOtherwiseSkipsIt)
     write_file(u"carriers.txt"_s, read_file(path).replace("\"old\"", "\"new\"").replace("\"zed\"", "\"ypsilon\""));
 
     const ImportResult kept = import_text(*source, ExchangeKind::Carriers, path, false);
-    EXPECT_EQ(kept.box,
-              (ExchangeBox{u"1 carrier records imported,\n1 carrier records skipped."_s, u"Import Complete"_s}));
+    EXPECT_EQ(kept.box, (Notice{u"1 carrier records imported,\n1 carrier records skipped."_s, u"Import Complete"_s}));
     EXPECT_EQ(dump(*source, u"cv_carriers"_s, u"cv_name, cv_phone_number"_s),
               (QStringList{u"net|old"_s, u"ypsilon|kept"_s, u"zed|kept"_s}));
 
@@ -303,8 +298,7 @@ TEST_F(TextExchangeTest, TheChosenKindDecidesWhetherARowIsAGroup)
     export_text(*source, ExchangeKind::Recipients, path);
     auto target = make_db(u"target"_s);
     const ImportResult result = import_text(*target, ExchangeKind::Groups, path, false);
-    EXPECT_EQ(result.box,
-              (ExchangeBox{u"1 group records imported,\n0 group records skipped."_s, u"Import Complete"_s}));
+    EXPECT_EQ(result.box, (Notice{u"1 group records imported,\n0 group records skipped."_s, u"Import Complete"_s}));
     EXPECT_EQ(dump(*target, u"cv_recipients"_s, u"cv_name, cv_group"_s), QStringList{u"ann|-1"_s});
 }
 
@@ -324,7 +318,7 @@ TEST_F(TextExchangeTest, AMalformedRecordEndsTheImportAndTheEarlierRecordsStay)
         auto target = make_db(u"target%1"_s.arg(++n));
         write_file(u"bad.txt"_s, "\"Version\",\"Name\"\r\n" + good1 + record + good3);
         const ImportResult result = import_text(*target, ExchangeKind::Carriers, file(u"bad.txt"_s), false);
-        EXPECT_EQ(result.box, (ExchangeBox{u"Error importing records"_s, u"Import Error"_s})) << record.toStdString();
+        EXPECT_EQ(result.box, (Notice{u"Error importing records"_s, u"Import Error"_s})) << record.toStdString();
         EXPECT_EQ(result.imported, 1);
         EXPECT_EQ(dump(*target, u"cv_carriers"_s, u"cv_name"_s), QStringList{u"a"_s}) << record.toStdString();
     }
@@ -349,8 +343,8 @@ TEST_F(TextExchangeTest, GroupMembersWithOverwriteKeepOnlyTheLastMemberOfEachGro
     const QString path = file(u"members.txt"_s);
 
     const ImportResult kept = import_text(*source, ExchangeKind::Members, path, false);
-    EXPECT_EQ(kept.box, (ExchangeBox{u"2 group member records imported,\n2 group member records skipped."_s,
-                                     u"Import Complete"_s}));
+    EXPECT_EQ(kept.box,
+              (Notice{u"2 group member records imported,\n2 group member records skipped."_s, u"Import Complete"_s}));
     EXPECT_EQ(dump(*source, u"cv_groups"_s), (QStringList{u"lab|cy"_s, u"lab|zed"_s, u"ops|ann"_s, u"ops|bob"_s}));
 
     // Each record clears its group first: ops keeps only bob, and lab's last record names an unknown

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/printers.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QList>
@@ -14,12 +16,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
-
-// Readable failure messages for Qt's text types (found by argument-dependent lookup, so global).
-inline void PrintTo(const QString& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
 
 namespace cvd::platform::testing {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/database.h"
+#include "support/printers.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -14,20 +15,6 @@
 #include <optional>
 #include <ostream>
 #include <utility>
-
-// Readable failure messages for Qt's types.
-inline void PrintTo(const QString& value, std::ostream* out)
-{
-    *out << '"' << value.toStdString() << '"';
-}
-inline void PrintTo(const QByteArray& value, std::ostream* out)
-{
-    *out << value.size() << " bytes: \"" << value.left(64).toPercentEncoding(" \n").toStdString() << '"';
-}
-inline void PrintTo(const QDateTime& value, std::ostream* out)
-{
-    *out << value.toString(Qt::ISODate).toStdString();
-}
 
 namespace cvd::store::testing {
 

@@ -2,14 +2,31 @@
 
 namespace cvd::testing {
 
-BoxAnswer ScriptedPrompter::show_box(const QString& text, const QString& title, BoxButtons buttons, BoxIcon)
+namespace {
+
+std::optional<QString> take_front(std::deque<std::optional<QString>>& script)
 {
-    boxes.append({text, title, buttons});
-    if (buttons == BoxButtons::Ok) {
+    if (script.empty() || !script.front().has_value()) {
+        if (!script.empty()) {
+            script.pop_front();
+        }
+        return std::nullopt;
+    }
+    const QString next = *script.front();
+    script.pop_front();
+    return next;
+}
+
+} // namespace
+
+BoxAnswer ScriptedPrompter::show_box(const Notice& notice)
+{
+    boxes.append(notice);
+    if (notice.buttons == BoxButtons::Ok) {
         return BoxAnswer::Ok;
     }
     if (m_answers.empty()) {
-        return BoxAnswer::No;
+        return notice.buttons == BoxButtons::OkCancel ? BoxAnswer::Cancel : BoxAnswer::No;
     }
     const BoxAnswer answer = m_answers.front();
     m_answers.pop_front();
@@ -19,22 +36,29 @@ BoxAnswer ScriptedPrompter::show_box(const QString& text, const QString& title, 
 std::optional<QString> ScriptedPrompter::ask_password(PasswordKind, const QString& prompt)
 {
     password_prompts.append(prompt);
-    if (m_passwords.empty()) {
-        return std::nullopt;
-    }
-    if (!m_passwords.front().has_value()) {
-        m_passwords.pop_front();
-        return std::nullopt;
-    }
-    const QString entry = *m_passwords.front();
-    m_passwords.pop_front();
-    return entry;
+    return take_front(m_passwords);
+}
+
+std::optional<QString> ScriptedPrompter::choose_open_file(const FileChoice& choice)
+{
+    return next_file(choice);
+}
+
+std::optional<QString> ScriptedPrompter::choose_save_file(const FileChoice& choice)
+{
+    return next_file(choice);
+}
+
+std::optional<QString> ScriptedPrompter::next_file(const FileChoice& choice)
+{
+    file_choices.append(choice);
+    return take_front(m_files);
 }
 
 QStringList ScriptedPrompter::box_titles() const
 {
     QStringList titles;
-    for (const Box& box : boxes) {
+    for (const Notice& box : boxes) {
         titles.append(box.title);
     }
     return titles;
