@@ -2,7 +2,6 @@
 
 #include "app/headless_view.h"
 #include "app/stop_signals.h"
-#include "app/terminal_prompter.h"
 #include "core/app_state.h"
 #include "core/clock.h"
 #include "core/databases.h"
@@ -14,6 +13,7 @@
 #include "platform/runtime.h"
 #include "queue/poll_loop.h"
 #include "queue/send_page.h"
+#include "terminal/terminal_prompter.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -153,7 +153,7 @@ int run_cvd(int argc, char** argv)
         std::printf("cvd %s\n", CVD_VERSION_TEXT);
         return kExitOk;
     }
-    TerminalPrompter prompter;
+    terminal::TerminalPrompter prompter;
     SystemClock clock;
     AppState state(prompter, clock, platform::Registry(platform::Registry::default_root()), platform::runtime_folder());
     try {

@@ -1,6 +1,6 @@
 #include "tools/control_commands.h"
 
-#include "app/terminal_prompter.h"
+#include "terminal/terminal_prompter.h"
 #include "core/app_state.h"
 #include "core/clock.h"
 #include "core/databases.h"

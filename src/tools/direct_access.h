@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/terminal_prompter.h"
 #include "core/app_state.h"
 #include "core/clock.h"
+#include "terminal/terminal_prompter.h"
 
 #include <QStringList>
 
@@ -13,7 +13,7 @@ struct DirectAccess
 {
     explicit DirectAccess(bool local_db);
 
-    app::TerminalPrompter prompter;
+    terminal::TerminalPrompter prompter;
     SystemClock clock;
     AppState state;
 };

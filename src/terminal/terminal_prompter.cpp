@@ -1,4 +1,4 @@
-#include "app/terminal_prompter.h"
+#include "terminal/terminal_prompter.h"
 
 #include <QByteArray>
 #include <fcntl.h>
@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace cvd::app {
+namespace cvd::terminal {
 
 namespace {
 
@@ -132,4 +132,4 @@ std::optional<QString> TerminalPrompter::ask_path(const FileChoice& choice)
     return path;
 }
 
-} // namespace cvd::app
+} // namespace cvd::terminal

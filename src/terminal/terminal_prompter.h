@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-namespace cvd::app {
+namespace cvd::terminal {
 
 // The prompter of the program without windows: boxes become lines on stderr, questions and passwords are
 // asked on the controlling terminal. Without a terminal a question is answered No and a password prompt is
@@ -24,4 +24,4 @@ private:
     std::FILE* m_messages;
 };
 
-} // namespace cvd::app
+} // namespace cvd::terminal
