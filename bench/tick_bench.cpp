@@ -4,12 +4,12 @@
 #include "core/clock.h"
 #include "core/databases.h"
 #include "core/prompter.h"
+#include "dispatch/dispatcher.h"
 #include "platform/registry.h"
-#include "queue/console_view.h"
-#include "queue/poll_loop.h"
 #include "store/database.h"
 #include "store/schema.h"
 #include "support/null_prompter.h"
+#include "support/recording_view.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -19,22 +19,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class QuietView : public cvd::queue::ConsoleView
-{
-public:
-    QString counter_panel(int panel) const override { return m_panels[panel]; }
-    void set_counter_panel(int panel, const QString& text) override { m_panels[panel] = text; }
-    QString engine_status() const override { return m_status; }
-    void set_engine_status(const QString& text) override { m_status = text; }
-    void add_activity_line(const QString&) override {}
-    void show_failure_warning() override {}
-    void refresh_open_folders() override {}
-
-private:
-    QString m_panels[6];
-    QString m_status;
-};
 
 void fill_history(cvd::store::Database& db, int rows)
 {
@@ -70,8 +54,8 @@ void BM_IdleTickOverHistory(benchmark::State& bench)
     }
     cvd::load_settings(state);
     state.first_transaction = static_cast<qint32>(bench.range(0)); // every history row is of an earlier run
-    QuietView view;
-    cvd::queue::Dispatcher dispatcher(state, view, [](const QString&, const QStringList&) {});
+    cvd::testing::RecordingView view;
+    cvd::dispatch::Dispatcher dispatcher(state, view, [](const QString&, const QStringList&) {});
     dispatcher.load(dir.path() + u"/cvd.sock"_s);
     for (auto _ : bench) {
         benchmark::DoNotOptimize(dispatcher.tick());

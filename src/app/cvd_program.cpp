@@ -1,25 +1,19 @@
 #include "app/cvd_program.h"
 
-#include "app/headless_view.h"
+#include "app/headless_front_end.h"
 #include "app/stop_signals.h"
 #include "core/app_state.h"
 #include "core/clock.h"
-#include "core/databases.h"
 #include "core/error_path.h"
+#include "core/halt_barrier.h"
 #include "core/startup.h"
-#include "engine_link/supervision.h"
 #include "platform/folders.h"
 #include "platform/registry.h"
 #include "platform/runtime.h"
-#include "queue/poll_loop.h"
 #include "queue/send_page.h"
-#include "terminal/terminal_prompter.h"
 
 #include <QCoreApplication>
-#include <QSocketNotifier>
-#include <QTimer>
 #include <cstdio>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -75,16 +69,17 @@ bool send_page_hook(AppState& state, const QString& line, QString* reason)
     return result.inserted;
 }
 
-void log_line(const QString& text)
+QStringList local_arguments(int argc, char** argv)
 {
-    std::printf("%s\n", qUtf8Printable(text));
-    std::fflush(stdout);
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    return arguments;
 }
 
-int run_program(AppState& state, const ProgramOptions& options, QCoreApplication& application)
+int run_started_program(AppState& state, const ProgramOptions& options, FrontEnd& front)
 {
-    // Installed first, so that a stop asked for during start-up is served as soon as the loop runs.
-    StopSignals stop_signals(&application, [&application] { application.quit(); });
     const StartupResult started =
         run_startup(state, options.command_line, platform::executable_folder(), StartupHooks{send_page_hook});
     if (started.outcome == StartupOutcome::Exit) {
@@ -93,58 +88,36 @@ int run_program(AppState& state, const ProgramOptions& options, QCoreApplication
         }
         return started.exit_code;
     }
-    HeadlessView view;
-    queue::Dispatcher dispatcher(state, view, engine_link::start_detached);
-    QString channel_error;
-    if (!dispatcher.load(state.runtime_dir + u'/' + QLatin1StringView(platform::kSocketName), &channel_error)) {
-        std::fprintf(stderr, "cvd: cannot open the local channel: %s\n", qUtf8Printable(channel_error));
-        orderly_shutdown(state);
-        return kExitFailure;
+    const int exit_code = front.run(state);
+    if (const std::optional<QString> halt = noted_halt()) {
+        // The halt's box has been shown; the databases are in no state for the orderly end.
+        throw ProgramHalted(*halt);
     }
-    QSocketNotifier channel_notifier(dispatcher.channel().fd(), QSocketNotifier::Read);
-    QObject::connect(&channel_notifier, &QSocketNotifier::activated, &application,
-                     [&dispatcher] { dispatcher.receive(); });
-    // The timer is off while a tick runs and is armed again from its end, so ticks never overlap.
-    QTimer repeat_timer;
-    repeat_timer.setSingleShot(true);
-    std::optional<QString> halted; // the common error path ended the program inside a tick
-    QObject::connect(&repeat_timer, &QTimer::timeout, &application, [&] {
-        queue::Dispatcher::TickResult result;
-        try {
-            result = dispatcher.tick();
-        } catch (const ProgramHalted& halt) {
-            halted = halt.text();
-            application.quit();
-            return;
-        }
-        if (result.stop_requested) {
-            application.quit();
-            return;
-        }
-        repeat_timer.start(result.next_interval_ms);
-    });
-    repeat_timer.start(queue::kFastTickMs);
-    log_line(u"cvd: running (pid "_s + QString::number(::getpid()) + u"), global database "_s + global_db_path(state));
-    application.exec();
-    repeat_timer.stop();
-    channel_notifier.setEnabled(false);
-    if (halted) {
-        throw ProgramHalted(*halted);
-    }
-    dispatcher.unload();
     orderly_shutdown(state);
-    log_line(u"cvd: stopped"_s);
-    return kExitOk;
+    front.ended();
+    return exit_code;
 }
 
 } // namespace
 
+int run_front_end(FrontEnd& front, const ProgramOptions& options)
+{
+    SystemClock clock;
+    AppState state(front.prompter(), clock, platform::Registry(platform::Registry::default_root()),
+                   platform::runtime_folder());
+    // Installed first, so that a stop asked for during start-up is served as soon as the loop runs.
+    StopSignals stop_signals(QCoreApplication::instance(), [&front] { front.request_stop(); });
+    try {
+        return run_started_program(state, options, front);
+    } catch (const ProgramHalted& halted) {
+        std::fprintf(stderr, "cvd: %s\n", qUtf8Printable(halted.text()));
+        return kExitFailure;
+    }
+}
+
 int run_cvd(int argc, char** argv)
 {
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(u"cvd"_s);
-    QCoreApplication::setApplicationVersion(QStringLiteral(CVD_VERSION_TEXT));
-    const ProgramOptions options = parse_program_arguments(QCoreApplication::arguments().mid(1));
+    const ProgramOptions options = parse_program_arguments(local_arguments(argc, argv));
     if (options.show_help) {
         std::printf("%s", qUtf8Printable(cvd_usage_text()));
         return kExitOk;
@@ -153,15 +126,12 @@ int run_cvd(int argc, char** argv)
         std::printf("cvd %s\n", CVD_VERSION_TEXT);
         return kExitOk;
     }
-    terminal::TerminalPrompter prompter;
-    SystemClock clock;
-    AppState state(prompter, clock, platform::Registry(platform::Registry::default_root()), platform::runtime_folder());
-    try {
-        return run_program(state, options, application);
-    } catch (const ProgramHalted& halted) {
-        std::fprintf(stderr, "cvd: %s\n", qUtf8Printable(halted.text()));
-        return kExitFailure;
-    }
+    // The console's windows are not built yet: the program runs without windows, display or not.
+    HaltBarrier<QCoreApplication> application(argc, argv);
+    QCoreApplication::setApplicationName(u"cvd"_s);
+    QCoreApplication::setApplicationVersion(QStringLiteral(CVD_VERSION_TEXT));
+    HeadlessFrontEnd front;
+    return run_front_end(front, options);
 }
 
 } // namespace cvd::app

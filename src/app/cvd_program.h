@@ -17,7 +17,14 @@ struct ProgramOptions
 ProgramOptions parse_program_arguments(const QStringList& arguments);
 QString cvd_usage_text();
 
-// The whole program: start-up, then running until SIGINT or SIGTERM, then the orderly end.
+class FrontEnd;
+
+// The program with a front end chosen: start-up, then the front end runs it until it is asked to end (by the
+// operator, by SIGINT or SIGTERM, or by another program), then the orderly end. A halt ends it with status 1.
+// The application object (with its halt barrier) must exist.
+int run_front_end(FrontEnd& front, const ProgramOptions& options);
+
+// The whole program: the options, the application object and the front end, then run_front_end.
 int run_cvd(int argc, char** argv);
 
 } // namespace cvd::app

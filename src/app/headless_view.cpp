@@ -1,20 +1,14 @@
 #include "app/headless_view.h"
 
+#include <QCoreApplication>
+
 using namespace Qt::StringLiterals;
 
 namespace cvd::app {
 
 HeadlessView::HeadlessView(std::FILE* log) : m_log(log)
 {
-    m_panels = {{queue::kSchedPanel, u"Sched:"_s},
-                {queue::kPendPanel, u"Pend:"_s},
-                {queue::kSentPanel, u"Sent:"_s},
-                {queue::kBadPanel, u"Bad:"_s}};
-}
-
-QString HeadlessView::counter_panel(int panel) const
-{
-    return m_panels.value(panel);
+    m_panels = {{kSchedPanel, u"Sched:"_s}, {kPendPanel, u"Pend:"_s}, {kSentPanel, u"Sent:"_s}, {kBadPanel, u"Bad:"_s}};
 }
 
 void HeadlessView::set_counter_panel(int panel, const QString& text)
@@ -51,6 +45,11 @@ void HeadlessView::refresh_open_folders()
         m_logged_counters = counters;
         write_line(u"counters: "_s + counters);
     }
+}
+
+void HeadlessView::request_quit()
+{
+    QCoreApplication::quit();
 }
 
 void HeadlessView::write_line(const QString& line)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "queue/console_view.h"
+#include "core/console_view.h"
 
 #include <QMap>
 #include <cstdio>
@@ -9,18 +9,17 @@ namespace cvd::app {
 
 // The console view of the program without windows: every change becomes one log line on stdout
 // ("counters: ...", "engine: ...", "activity: ...", "warning: ...").
-class HeadlessView : public queue::ConsoleView
+class HeadlessView : public ConsoleView
 {
 public:
     explicit HeadlessView(std::FILE* log = stdout);
 
-    QString counter_panel(int panel) const override;
     void set_counter_panel(int panel, const QString& text) override;
-    QString engine_status() const override { return m_status; }
     void set_engine_status(const QString& text) override;
     void add_activity_line(const QString& line) override;
     void show_failure_warning() override;
     void refresh_open_folders() override;
+    void request_quit() override;
 
 private:
     void write_line(const QString& line);

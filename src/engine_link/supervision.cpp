@@ -2,8 +2,8 @@
 
 #include "core/app_state.h"
 #include "core/clock.h"
+#include "core/console_view.h"
 #include "platform/process_list.h"
-#include "queue/console_view.h"
 
 #include <QProcess>
 
@@ -52,7 +52,8 @@ void start_detached(const QString& program, const QStringList& arguments)
     engine.startDetached();
 }
 
-void supervise_engine(AppState& state, queue::ConsoleView& view, const EngineStarter& starter, const QString& proc_root)
+void supervise_engine(AppState& state, ConsoleView& view, QString& engine_status, const EngineStarter& starter,
+                      const QString& proc_root)
 {
     const int count = scan_processes(state, proc_root);
     const QString program = state.program_folder + u"cvddial"_s;
@@ -65,13 +66,15 @@ void supervise_engine(AppState& state, queue::ConsoleView& view, const EngineSta
         return;
     }
     if (!process_running(state, count, u"cvddial"_s)) {
-        view.set_engine_status(queue::kEngineNotRunningText);
+        engine_status = kEngineNotRunningText;
+        view.set_engine_status(engine_status);
         starter(program, arguments);
         yield_to_event_loop();
         return;
     }
-    if (view.engine_status() == queue::kEngineNotRunningText) {
-        view.set_engine_status(QString());
+    if (engine_status == kEngineNotRunningText) {
+        engine_status.clear();
+        view.set_engine_status(engine_status);
     }
 }
 

@@ -6,11 +6,8 @@
 
 namespace cvd {
 struct AppState;
-}
-
-namespace cvd::queue {
 class ConsoleView;
-}
+} // namespace cvd
 
 namespace cvd::engine_link {
 
@@ -29,7 +26,8 @@ void start_detached(const QString& program, const QStringList& arguments);
 
 // The supervision step of the tick: the first tick after start-up starts the engine unconditionally; later
 // ticks start it while none runs, showing the not-running text, and clear that text once one runs again.
-void supervise_engine(AppState& state, queue::ConsoleView& view, const EngineStarter& starter,
+// `engine_status` is the status text last shown, kept by the caller and updated here.
+void supervise_engine(AppState& state, ConsoleView& view, QString& engine_status, const EngineStarter& starter,
                       const QString& proc_root = QStringLiteral("/proc"));
 
 } // namespace cvd::engine_link

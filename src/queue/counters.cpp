@@ -2,10 +2,10 @@
 
 #include "core/app_state.h"
 #include "core/clock.h"
+#include "core/console_view.h"
 #include "core/error_path.h"
 #include "core/prompter.h"
 #include "core/text.h"
-#include "queue/console_view.h"
 
 using namespace Qt::StringLiterals;
 
@@ -58,12 +58,12 @@ void update_counters(AppState& state, ConsoleView& view, CounterState& counters)
     view.set_counter_panel(kSentPanel, panel_text(u"Sent:"_s, sent));
     yield_to_event_loop();
 
-    // The panel is the only memory of the last failed count; its bare word reads as 0.
-    const qint64 old_bad = static_cast<qint64>(numeric_prefix(view.counter_panel(kBadPanel).mid(4)));
+    const qint64 old_bad = counters.last_bad;
     const qint64 bad = count_rows(state,
                                   u"SELECT count(*) FROM cv_messages WHERE (cv_error <> 0) AND (cv_transaction > ?1) "
                                   "AND (cv_recipient <> 'cvdscreen')"_s,
                                   true);
+    counters.last_bad = bad;
     view.set_counter_panel(kBadPanel, panel_text(u"Bad:"_s, bad));
     yield_to_event_loop();
 

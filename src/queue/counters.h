@@ -1,18 +1,21 @@
 #pragma once
 
+#include <QtGlobal>
+
 namespace cvd {
 struct AppState;
-}
+class ConsoleView;
+} // namespace cvd
 
 namespace cvd::queue {
 
-class ConsoleView;
-
-// Set by whoever has just changed the counts on the operator's behalf; while set, a change of the failed
-// count raises no warning. update_counters clears it as its last act.
 struct CounterState
 {
+    // Set by whoever has just changed the counts on the operator's behalf; while set, a change of the failed
+    // count raises no warning. update_counters clears it as its last act.
     bool counters_changed = false;
+    // The failed count last shown; none has been shown at start.
+    qint64 last_bad = 0;
 };
 
 // The four counts into panels 2 to 5: Waiting rows of every run, and Pending, Sent and Failed rows of this

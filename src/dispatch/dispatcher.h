@@ -9,19 +9,18 @@
 #include <QString>
 
 namespace cvd {
+
 struct AppState;
-}
-
-namespace cvd::queue {
-
 class ConsoleView;
+
+namespace dispatch {
 
 // The timer's intervals: from the end of one tick to the start of the next, or soon after a group was expanded.
 inline constexpr int kRegularTickMs = 5000;
 inline constexpr int kFastTickMs = 100;
 
-// Everything the program's one timer drives, without the timer itself: the caller runs tick() when the
-// timer fires, keeps the timer off meanwhile, and arms it again with the interval the tick returns.
+// The steps of the program's one timer, without the timer itself (DispatchLoop drives it). It keeps its own
+// state (the transaction memory, the last failed count, the engine status) and only reports to the view.
 class Dispatcher
 {
 public:
@@ -31,7 +30,7 @@ public:
     // What the main window's load does: the local channel bound at socket_path, the program published to
     // other programs, Running 1. False with a reason when the channel cannot be bound.
     bool load(const QString& socket_path, QString* error = nullptr);
-    // The end: Running 0 and the channel closed.
+    // The end: what still waits on the channel is enqueued, then Running 0 and the channel closed.
     void unload();
 
     struct TickResult
@@ -48,8 +47,9 @@ public:
     void receive();
 
     intake::LocalChannel& channel() { return m_channel; }
-    SchedulerState& scheduler() { return m_scheduler; }
-    CounterState& counters() { return m_counters; }
+    queue::SchedulerState& scheduler() { return m_scheduler; }
+    queue::CounterState& counters() { return m_counters; }
+    const QString& engine_status() const { return m_engine_status; }
 
 private:
     AppState& m_state;
@@ -58,8 +58,10 @@ private:
     QString m_proc_root;
     intake::LocalChannel m_channel;
     intake::IntegrationState m_integration;
-    SchedulerState m_scheduler;
-    CounterState m_counters;
+    queue::SchedulerState m_scheduler;
+    queue::CounterState m_counters;
+    QString m_engine_status;
 };
 
-} // namespace cvd::queue
+} // namespace dispatch
+} // namespace cvd

@@ -1,15 +1,15 @@
-#include "queue/poll_loop.h"
+#include "dispatch/dispatcher.h"
 
 #include "core/app_state.h"
 #include "core/clock.h"
+#include "core/console_view.h"
 #include "intake/drop_files.h"
-#include "queue/console_view.h"
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
-namespace cvd::queue {
+namespace cvd::dispatch {
 
 Dispatcher::Dispatcher(AppState& state, ConsoleView& view, engine_link::EngineStarter starter, QString proc_root)
     : m_state(state), m_view(view), m_starter(std::move(starter)), m_proc_root(std::move(proc_root))
@@ -34,6 +34,11 @@ bool Dispatcher::load(const QString& socket_path, QString* error)
 
 void Dispatcher::unload()
 {
+    if (m_channel.is_bound()) {
+        // A line another program handed in is taken before the channel goes, not dropped with it.
+        receive();
+        intake::check_wm_list(m_state, m_channel.reg_messages());
+    }
     intake::UpdateIntegrationRunning(m_state, m_integration, 0);
     m_channel.close();
 }
@@ -48,13 +53,13 @@ Dispatcher::TickResult Dispatcher::tick()
     intake::check_registry(m_state);
     intake::check_wm_list(m_state, m_channel.reg_messages());
     m_scheduler.trans_list.inc_trans_life();
-    schedule_messages(m_state, m_scheduler);
+    queue::schedule_messages(m_state, m_scheduler);
     if (m_scheduler.fast_tick_requested) {
         m_scheduler.fast_tick_requested = false;
         result.next_interval_ms = kFastTickMs;
     }
-    update_counters(m_state, m_view, m_counters);
-    engine_link::supervise_engine(m_state, m_view, m_starter, m_proc_root);
+    queue::update_counters(m_state, m_view, m_counters);
+    engine_link::supervise_engine(m_state, m_view, m_engine_status, m_starter, m_proc_root);
     result.stop_requested = intake::IntegrationStopRequest(m_state);
     return result;
 }
@@ -66,8 +71,9 @@ void Dispatcher::receive()
         m_view.add_activity_line(line);
     }
     if (changes.status) {
-        m_view.set_engine_status(*changes.status);
+        m_engine_status = *changes.status;
+        m_view.set_engine_status(m_engine_status);
     }
 }
 
-} // namespace cvd::queue
+} // namespace cvd::dispatch

@@ -1,24 +1,27 @@
 #include "core/app_state.h"
 #include "core/databases.h"
+#include "dispatch/dispatch_loop.h"
+#include "dispatch/dispatcher.h"
 #include "platform/datagram.h"
 #include "platform/runtime.h"
-#include "queue/poll_loop.h"
 #include "store/database.h"
 #include "store/schema.h"
 #include "support/recording_view.h"
 #include "support/test_environment.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 
-namespace cvd::queue {
+namespace cvd::dispatch {
 namespace {
 
 const QString kTransfer = u"SOFTWARE\\Halvern\\Transfer"_s;
 
-class PollLoopTest : public ::testing::Test
+class DispatcherTest : public ::testing::Test
 {
 protected:
     void SetUp() override
@@ -56,7 +59,7 @@ protected:
     QString socket;
 };
 
-TEST_F(PollLoopTest, LoadPublishesTheProgramAndTheFirstTickStartsTheEngine)
+TEST_F(DispatcherTest, LoadPublishesTheProgramAndTheFirstTickStartsTheEngine)
 {
     EXPECT_EQ(state->registry.read_number(platform::Hive::LocalMachine, kTransfer, u"Running"_s), 1);
     EXPECT_EQ(state->registry.read_text(platform::Hive::LocalMachine, kTransfer, u"Socket"_s), socket);
@@ -73,7 +76,7 @@ TEST_F(PollLoopTest, LoadPublishesTheProgramAndTheFirstTickStartsTheEngine)
     EXPECT_FALSE(platform::running_marker_is_held(env.runtime_dir()));
 }
 
-TEST_F(PollLoopTest, AGroupExpansionBringsTheNextTickSoonAndOnlyOnce)
+TEST_F(DispatcherTest, AGroupExpansionBringsTheNextTickSoonAndOnlyOnce)
 {
     state->global_db.exec(
         u"INSERT INTO cv_messages (cv_recipient, cv_pin, cv_message, cv_carrier, cv_date_time_requested, cv_from, "
@@ -87,7 +90,7 @@ TEST_F(PollLoopTest, AGroupExpansionBringsTheNextTickSoonAndOnlyOnce)
     EXPECT_EQ(dispatcher->tick().next_interval_ms, kRegularTickMs);
 }
 
-TEST_F(PollLoopTest, ChannelTextsAreNotedAtOnceAndMessageLinesTakenOnTheNextTick)
+TEST_F(DispatcherTest, ChannelTextsAreNotedAtOnceAndMessageLinesTakenOnTheNextTick)
 {
     ASSERT_TRUE(platform::send_datagram(socket, 2, u"dialing tapnet"_s));
     ASSERT_TRUE(platform::send_datagram(socket, 3, u"Connected"_s));
@@ -103,12 +106,31 @@ TEST_F(PollLoopTest, ChannelTextsAreNotedAtOnceAndMessageLinesTakenOnTheNextTick
               1);
 }
 
-TEST_F(PollLoopTest, AStopRequestEndsTheLoop)
+TEST_F(DispatcherTest, AStopRequestAsksTheFrontEndToQuitAndStopsTheTicks)
 {
-    EXPECT_FALSE(dispatcher->tick().stop_requested);
+    dispatcher->unload();
+    DispatchLoop loop(*state, view, [](const QString&, const QStringList&) {});
+    ASSERT_TRUE(loop.start(socket));
     ASSERT_TRUE(state->registry.write_number(platform::Hive::LocalMachine, kTransfer, u"Stop"_s, 1));
-    EXPECT_TRUE(dispatcher->tick().stop_requested);
+    // The first tick comes 100 ms after the start; the deadline only guards against a hang.
+    const QDeadlineTimer deadline(10000);
+    while (view.quit_requests == 0 && !deadline.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    }
+    EXPECT_EQ(view.quit_requests, 1);
+    EXPECT_FALSE(loop.repeat_timer().isActive());
+    loop.stop();
+    EXPECT_EQ(state->registry.read_number(platform::Hive::LocalMachine, kTransfer, u"Running"_s), 0);
+}
+
+TEST_F(DispatcherTest, LinesWaitingOnTheChannelAreEnqueuedBeforeTheEnd)
+{
+    ASSERT_TRUE(platform::send_datagram(socket, 3, u"sendpage carol ops handed in just before the end"_s));
+    dispatcher->unload();
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'carol' AND "
+                     "cv_message LIKE 'handed in just before the end%'"_s),
+              1);
 }
 
 } // namespace
-} // namespace cvd::queue
+} // namespace cvd::dispatch
