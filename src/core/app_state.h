@@ -54,13 +54,12 @@ struct AppState
 
     SettingsStore settings;
 
-    // Level passwords in clear text, and the state of the password dialog.
+    // Level passwords in clear text, and the last entry that passed a guard (it opens later guarded actions
+    // of that level without a new prompt).
     QString admin_password;
     QString super_password;
     QString user_password;
-    QString password_prompt;
     QString entered_password;
-    bool password_cancelled = false;
 
     // Held for the program's whole life once start-up has passed the single-instance test.
     std::unique_ptr<platform::FileLock> instance_lock;

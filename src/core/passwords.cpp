@@ -79,16 +79,16 @@ void decode_level_passwords(AppState& state)
 namespace {
 
 // Shows the password dialog: it empties entered_password first, so a wrong entry ends an earlier grace.
-void ask_level_password(AppState& state)
+// False when the operator cancelled.
+bool ask_level_password(AppState& state, const QString& prompt)
 {
     state.entered_password.clear();
-    state.password_cancelled = false;
-    const std::optional<QString> entry = state.prompter.ask_password(PasswordKind::Application, state.password_prompt);
-    if (entry) {
-        state.entered_password = entry->left(kPasswordMaxLength);
-    } else {
-        state.password_cancelled = true;
+    const std::optional<QString> entry = state.prompter.ask_password(PasswordKind::Application, prompt);
+    if (!entry) {
+        return false;
     }
+    state.entered_password = entry->left(kPasswordMaxLength);
+    return true;
 }
 
 bool equals_set(const QString& entry, const QString& password)
@@ -98,14 +98,13 @@ bool equals_set(const QString& entry, const QString& password)
 
 } // namespace
 
-bool check_level(AppState& state, int mode)
+bool check_level(AppState& state, int mode, const QString& prompt)
 {
     if (mode == 1) {
         if (state.admin_password.isEmpty() || state.entered_password == state.admin_password) {
             return true;
         }
-        ask_level_password(state);
-        return !state.password_cancelled && state.entered_password == state.admin_password;
+        return ask_level_password(state, prompt) && state.entered_password == state.admin_password;
     }
     // Kept as it always was: a set super password guards nothing while the admin password is empty, and a
     // user password alone never guards maintenance.
@@ -118,9 +117,8 @@ bool check_level(AppState& state, int mode)
     if (state.admin_password.isEmpty() || state.admin_password == state.entered_password) {
         return true;
     }
-    ask_level_password(state);
-    return !state.password_cancelled && (equals_set(state.entered_password, state.admin_password) ||
-                                         equals_set(state.entered_password, state.super_password));
+    return ask_level_password(state, prompt) && (equals_set(state.entered_password, state.admin_password) ||
+                                                 equals_set(state.entered_password, state.super_password));
 }
 
 bool pass_start_gate(AppState& state)
@@ -131,9 +129,7 @@ bool pass_start_gate(AppState& state)
     // Three wrong entries or one cancel keep the program from starting.
     constexpr int kRounds = 3;
     for (int round = 0; round < kRounds; ++round) {
-        state.password_prompt = u"A Password is required to start Corvane Desk"_s;
-        ask_level_password(state);
-        if (state.password_cancelled) {
+        if (!ask_level_password(state, u"A Password is required to start Corvane Desk"_s)) {
             return false;
         }
         const QString& entry = state.entered_password;

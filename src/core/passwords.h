@@ -23,10 +23,10 @@ inline constexpr int kPasswordMaxLength = 20;
 // Reads the three level passwords from the settings and keeps their clear texts in the state.
 void decode_level_passwords(AppState& state);
 
-// Whether a guarded action may go on: mode 0 is the maintenance level, mode 1 the setup level. The caller
-// sets password_prompt first. Asks through the prompter when it must; a correct entry is kept in
-// entered_password and opens later actions of that level without a new prompt.
-bool check_level(AppState& state, int mode);
+// Whether a guarded action may go on: mode 0 is the maintenance level, mode 1 the setup level. Asks with
+// `prompt` through the prompter when it must; a correct entry is kept in entered_password and opens later
+// actions of that level without a new prompt.
+bool check_level(AppState& state, int mode, const QString& prompt);
 
 // The start gate: when a user password is set, up to three prompts; a cancel ends the rounds at once.
 // True when the program may start.

@@ -69,7 +69,7 @@ TEST(CheckLevel, AsksOnlyWhereALevelIsReallyGuarded)
         state->admin_password = QString::fromLatin1(c.admin);
         state->super_password = QString::fromLatin1(c.super);
         state->user_password = QString::fromLatin1(c.user);
-        const bool passed = check_level(*state, c.mode);
+        const bool passed = check_level(*state, c.mode, u"Enter the password"_s);
         const bool asked = !env.prompter.password_prompts.isEmpty();
         EXPECT_EQ(asked, c.asks) << c.admin << "/" << c.super << "/" << c.user << " mode " << c.mode;
         EXPECT_EQ(passed, !c.asks); // the script cancels every prompt
@@ -78,6 +78,7 @@ TEST(CheckLevel, AsksOnlyWhereALevelIsReallyGuarded)
 
 TEST(CheckLevel, TheRightEntryIsKeptAndOpensLaterActions)
 {
+    const QString kPrompt = u"Enter the maintenance password"_s;
     testing::TestEnvironment env;
     auto state = env.make_state();
     state->admin_password = u"boss"_s;
@@ -85,28 +86,28 @@ TEST(CheckLevel, TheRightEntryIsKeptAndOpensLaterActions)
 
     // The super password passes maintenance, not setup.
     env.prompter.enter_next(u"chief"_s);
-    EXPECT_TRUE(check_level(*state, 0));
-    EXPECT_TRUE(check_level(*state, 0)); // kept: no second prompt
+    EXPECT_TRUE(check_level(*state, 0, kPrompt));
+    EXPECT_TRUE(check_level(*state, 0, kPrompt)); // kept: no second prompt
     EXPECT_EQ(env.prompter.password_prompts.size(), 1);
     env.prompter.enter_next(u"chief"_s);
-    EXPECT_FALSE(check_level(*state, 1));
+    EXPECT_FALSE(check_level(*state, 1, kPrompt));
 
     // The admin password at a maintenance prompt also opens setup without a second prompt.
     state->entered_password.clear();
     env.prompter.enter_next(u"boss"_s);
-    EXPECT_TRUE(check_level(*state, 0));
+    EXPECT_TRUE(check_level(*state, 0, kPrompt));
     const qsizetype prompts = env.prompter.password_prompts.size();
     EXPECT_EQ(prompts, 3);
-    EXPECT_TRUE(check_level(*state, 1));
-    EXPECT_TRUE(check_level(*state, 0));
+    EXPECT_TRUE(check_level(*state, 1, kPrompt));
+    EXPECT_TRUE(check_level(*state, 0, kPrompt));
     EXPECT_EQ(env.prompter.password_prompts.size(), prompts);
 
     // A cancel empties the entry, so the next guarded action asks again.
     state->entered_password = u"wrong"_s;
     env.prompter.enter_next(std::nullopt);
-    EXPECT_FALSE(check_level(*state, 0));
+    EXPECT_FALSE(check_level(*state, 0, kPrompt));
     EXPECT_TRUE(state->entered_password.isEmpty());
-    EXPECT_TRUE(state->password_cancelled);
+    EXPECT_EQ(env.prompter.password_prompts.back(), kPrompt); // asked with the caller's words
 }
 
 TEST(StartGate, ThreeRoundsAtMostAndACancelEndsAtOnce)
