@@ -6,8 +6,8 @@
 #include "platform/runtime.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/database_test.h"
 #include "support/recording_view.h"
-#include "support/test_environment.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -21,23 +21,17 @@ namespace {
 
 const QString kTransfer = u"SOFTWARE\\Halvern\\Transfer"_s;
 
-class DispatcherTest : public ::testing::Test
+class DispatcherTest : public testing::DatabaseTest
 {
 protected:
+    DispatcherTest() : DatabaseTest(Start::LoadSettings) {}
+
     void SetUp() override
     {
-        state = env.make_state();
-        state->program_folder = env.program_folder();
-        state->global_db_folder = env.path(u"g/"_s);
-        state->user_db_folder = env.path(u"u/"_s);
-        QDir().mkpath(state->global_db_folder);
-        QDir().mkpath(state->user_db_folder);
-        load_settings(*state);
-        state->global_db.exec(
-            u"INSERT INTO cv_recipients (cv_name, cv_id, cv_carrier, cv_group, cv_on_call) VALUES "
-            "('bob', '5551', 'tapnet', 0, 0), ('carol', '5552', 'tapnet', 0, 0), ('ops', '', '', -1, 0)"_s);
-        state->global_db.exec(
-            u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES ('ops', 'bob'), ('ops', 'carol')"_s);
+        DatabaseTest::SetUp();
+        db().exec(u"INSERT INTO cv_recipients (cv_name, cv_id, cv_carrier, cv_group, cv_on_call) VALUES "
+                  "('bob', '5551', 'tapnet', 0, 0), ('carol', '5552', 'tapnet', 0, 0), ('ops', '', '', -1, 0)"_s);
+        db().exec(u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES ('ops', 'bob'), ('ops', 'carol')"_s);
         state->startup_complete = true;
         dispatcher = std::make_unique<Dispatcher>(
             *state, view, [this](const QString& program, const QStringList&) { starts.append(program); });
@@ -45,15 +39,7 @@ protected:
         ASSERT_TRUE(dispatcher->load(socket));
     }
 
-    qint64 scalar(const QString& sql)
-    {
-        store::Statement select = state->global_db.prepare(sql);
-        return select.step() ? select.integer(0).value_or(-1) : -1;
-    }
-
-    testing::TestEnvironment env;
     testing::RecordingView view;
-    std::unique_ptr<AppState> state;
     std::unique_ptr<Dispatcher> dispatcher;
     QStringList starts;
     QString socket;
