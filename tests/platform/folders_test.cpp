@@ -51,7 +51,7 @@ protected:
     ScopedEnvironment m_environment;
 };
 
-TEST_F(DataRootsTest, CommonRootPrefersTheVariableThenTheMachineFolderThenTheStateFolder)
+TEST_F(DataRootsTest, CommonRootPrefersTheVariableThenTheMachineFolderThenTheStateFolderAndAllFollowXdg)
 {
     QDir(m_dir.path()).mkpath(u"machine-ready/Halvern"_s);
     QDir(m_dir.path()).mkpath(u"machine-bare"_s);
@@ -89,70 +89,59 @@ TEST_F(DataRootsTest, CommonRootPrefersTheVariableThenTheMachineFolderThenTheSta
     }
     EXPECT_FALSE(path_exists(path(u"machine-bare/Halvern"_s))) << "choosing a root creates nothing";
 
+    EXPECT_EQ(state_home(), path(u"state"_s));
+    m_environment.set("XDG_DATA_HOME", path(u"data"_s));
+    EXPECT_EQ(user_data_root(), path(u"data"_s));
+
+    // Without the XDG variables (or with them empty) the folders lie under HOME.
     m_environment.unset("CVD_COMMON_APPDATA");
     m_environment.unset("XDG_STATE_HOME");
-    EXPECT_EQ(common_data_root(path(u"no-such-folder"_s)), path(u"home/.local/state"_s));
-}
-
-TEST_F(DataRootsTest, UserAndStateRootsFollowXdgWithHomeDefaults)
-{
-    m_environment.set("HOME", path(u"home/"_s));
-    m_environment.set("XDG_DATA_HOME", path(u"data"_s));
-    m_environment.set("XDG_STATE_HOME", path(u"state"_s));
-    EXPECT_EQ(user_data_root(), path(u"data"_s));
-    EXPECT_EQ(state_home(), path(u"state"_s));
-
     m_environment.set("XDG_DATA_HOME", u""_s);
-    m_environment.unset("XDG_STATE_HOME");
-    EXPECT_EQ(user_data_root(), path(u"home/.local/share"_s));
+    m_environment.set("HOME", path(u"home/"_s));
+    EXPECT_EQ(common_data_root(path(u"no-such-folder"_s)), path(u"home/.local/state"_s));
     EXPECT_EQ(state_home(), path(u"home/.local/state"_s));
+    EXPECT_EQ(user_data_root(), path(u"home/.local/share"_s));
 }
 
-struct Resolved
+TEST(ResolveDataFolders, BuildsUserThenGlobalLevelByLevelOrBothCrossedUnderTheProgram)
 {
-    DataFolders folders;
-    QStringList levels;
-};
-
-Resolved resolve(bool local_db, const QString& program, const QString& common, const QString& user)
-{
-    Resolved resolved;
-    resolved.folders = resolve_data_folders(local_db, program, common, user, u"5.0"_s,
-                                            [&](const QString& level) { resolved.levels.append(level); });
-    return resolved;
-}
-
-TEST(ResolveDataFolders, NormalFormBuildsUserThenGlobalLevelByLevel)
-{
-    const Resolved r = resolve(false, u"/opt/cvd/"_s, u"/srv/common"_s, u"/home/ann/.local/share"_s);
-    EXPECT_EQ(r.folders.user_db_folder, u"/home/ann/.local/share/Halvern/Corvane Desk/5.0/"_s);
-    EXPECT_EQ(r.folders.global_db_folder, u"/srv/common/Halvern/Corvane Desk/5.0/"_s);
-    EXPECT_EQ(r.levels, (QStringList{
-                            u"/home/ann/.local/share/Halvern/"_s,
-                            u"/home/ann/.local/share/Halvern/Corvane Desk/"_s,
-                            u"/home/ann/.local/share/Halvern/Corvane Desk/5.0/"_s,
-                            u"/srv/common/Halvern/"_s,
-                            u"/srv/common/Halvern/Corvane Desk/"_s,
-                            u"/srv/common/Halvern/Corvane Desk/5.0/"_s,
-                        }));
-
-    const Resolved slashed = resolve(false, u"/opt/cvd/"_s, u"/srv/common/"_s, u"/u/"_s);
-    EXPECT_EQ(slashed.folders.global_db_folder, u"/srv/common/Halvern/Corvane Desk/5.0/"_s);
-    EXPECT_EQ(slashed.folders.user_db_folder, u"/u/Halvern/Corvane Desk/5.0/"_s);
-
-    // A root that could not be found leaves the path starting at the vendor folder.
-    const Resolved rootless = resolve(false, u"/opt/cvd/"_s, QString(), QString());
-    EXPECT_EQ(rootless.folders.global_db_folder, u"/Halvern/Corvane Desk/5.0/"_s);
-    EXPECT_EQ(rootless.folders.user_db_folder, u"/Halvern/Corvane Desk/5.0/"_s);
-    EXPECT_EQ(rootless.levels.first(), u"/Halvern/"_s);
-}
-
-TEST(ResolveDataFolders, LocalFormIsCrossedAndBuildsGlobalDbFolderFirst)
-{
-    const Resolved r = resolve(true, u"/opt/cvd/"_s, u"/srv/common"_s, u"/home/ann"_s);
-    EXPECT_EQ(r.folders.global_db_folder, u"/opt/cvd/UserDB/"_s);
-    EXPECT_EQ(r.folders.user_db_folder, u"/opt/cvd/GlobalDB/"_s);
-    EXPECT_EQ(r.levels, (QStringList{u"/opt/cvd/GlobalDB/"_s, u"/opt/cvd/UserDB/"_s}));
+    const QString ann = u"/home/ann/.local/share/Halvern/"_s;
+    const QString srv = u"/srv/common/Halvern/"_s;
+    const struct
+    {
+        bool local_db;
+        QString common;
+        QString user;
+        QString global_db;
+        QString user_db;
+        QStringList levels; // empty: not looked at
+    } cases[] = {
+        {false,
+         u"/srv/common"_s,
+         u"/home/ann/.local/share"_s,
+         srv + u"Corvane Desk/5.0/"_s,
+         ann + u"Corvane Desk/5.0/"_s,
+         {ann, ann + u"Corvane Desk/"_s, ann + u"Corvane Desk/5.0/"_s, srv, srv + u"Corvane Desk/"_s,
+          srv + u"Corvane Desk/5.0/"_s}},
+        {false, u"/srv/common/"_s, u"/u/"_s, srv + u"Corvane Desk/5.0/"_s, u"/u/Halvern/Corvane Desk/5.0/"_s, {}},
+        // A root that could not be found leaves the path starting at the vendor folder.
+        {false, QString(), QString(), u"/Halvern/Corvane Desk/5.0/"_s, u"/Halvern/Corvane Desk/5.0/"_s, {}},
+        {true,
+         u"/srv/common"_s,
+         u"/home/ann"_s,
+         u"/opt/cvd/UserDB/"_s,
+         u"/opt/cvd/GlobalDB/"_s,
+         {u"/opt/cvd/GlobalDB/"_s, u"/opt/cvd/UserDB/"_s}},
+    };
+    for (const auto& c : cases) {
+        QStringList levels;
+        const DataFolders folders = resolve_data_folders(c.local_db, u"/opt/cvd/"_s, c.common, c.user, u"5.0"_s,
+                                                         [&](const QString& level) { levels.append(level); });
+        EXPECT_EQ(folders.global_db_folder, c.global_db);
+        EXPECT_EQ(folders.user_db_folder, c.user_db);
+        EXPECT_TRUE(c.levels.isEmpty() || levels == c.levels) << levels.join(u", "_s).toStdString();
+        EXPECT_EQ(levels.first(), c.local_db ? c.user_db : c.user_db.left(c.user_db.indexOf(u"Halvern/"_s) + 8));
+    }
 }
 
 TEST(ResolveDataFolders, LevelsCanBeCreatedOneAtATimeInTheOrderGiven)

@@ -40,59 +40,49 @@ int flock_command(const QString& path, bool shared)
     return process.exitCode();
 }
 
-// A shell that says `ready` and then waits for a line on its input, optionally run under `flock path`.
-class WaitingChild
+// A shell that says `ready` and then waits for its input to end, optionally run under `flock path`.
+struct WaitingChild
 {
-public:
     explicit WaitingChild(const QStringList& prefix)
     {
         const QStringList command = prefix + QStringList{u"sh"_s, u"-c"_s, u"echo ready; read line"_s};
-        m_process.start(command.first(), command.mid(1));
+        process.start(command.first(), command.mid(1));
     }
     ~WaitingChild() { finish(); }
 
     bool wait_until_ready()
     {
-        while (!m_process.canReadLine()) {
-            if (!m_process.waitForReadyRead(30000)) {
+        while (!process.canReadLine()) {
+            if (!process.waitForReadyRead(30000)) {
                 return false;
             }
         }
-        return m_process.readLine().trimmed() == "ready";
+        return process.readLine().trimmed() == "ready";
     }
 
     bool finish()
     {
-        if (m_process.state() == QProcess::NotRunning) {
-            return true;
-        }
-        m_process.write("\n");
-        m_process.closeWriteChannel();
-        return m_process.waitForFinished(30000);
+        process.closeWriteChannel();
+        return process.state() == QProcess::NotRunning || process.waitForFinished(30000);
     }
 
-private:
-    QProcess m_process;
+    QProcess process;
 };
 
 TEST(RuntimeFolder, ComesFromTheVariablesAndIsMadePrivate)
 {
     QTemporaryDir dir;
     ScopedEnvironment environment;
-
     environment.set("CVD_RUNTIME_DIR", dir.path() + u"/run/nested/"_s);
-    const QString configured = runtime_folder();
-    EXPECT_EQ(configured, dir.path() + u"/run/nested"_s);
-    EXPECT_TRUE(is_directory(configured));
-    EXPECT_EQ(permission_bits(configured), 0700u);
-
-    environment.unset("CVD_RUNTIME_DIR");
     environment.set("XDG_RUNTIME_DIR", dir.path() + u"/session"_s);
     QDir(dir.path()).mkdir(u"session"_s);
-    const QString session = runtime_folder();
-    EXPECT_EQ(session, dir.path() + u"/session/halvern"_s);
-    EXPECT_TRUE(is_directory(session));
-    EXPECT_EQ(permission_bits(session), 0700u);
+    for (const QString& expected : QStringList{dir.path() + u"/run/nested"_s, dir.path() + u"/session/halvern"_s}) {
+        const QString folder = runtime_folder();
+        EXPECT_EQ(folder, expected);
+        EXPECT_TRUE(is_directory(folder));
+        EXPECT_EQ(permission_bits(folder), 0700u);
+        environment.unset("CVD_RUNTIME_DIR");
+    }
 }
 
 class FileLockTest : public ::testing::Test
