@@ -16,16 +16,6 @@ namespace {
 using testing::query_rows;
 using testing::query_value;
 
-// A global database in shared mode, as the program keeps it, with `rows` messages of which all but every
-// fourth are deleted again: a file mostly of free pages.
-void fill_and_thin_out(const QString& path, int rows)
-{
-    create_global_database(path);
-    Database db = Database::open(path);
-    db.enable_wal();
-    cvd::testing::add_thin_history(db, rows, 4, 0);
-}
-
 // Every message, so that a compacted file can be compared with the original row by row.
 QList<QStringList> all_messages(const QString& path)
 {
@@ -33,12 +23,27 @@ QList<QStringList> all_messages(const QString& path)
     return query_rows(db, u"SELECT * FROM cv_messages ORDER BY cv_message_id"_s);
 }
 
-TEST(CompactFile, ShrinksAFileOfDeletedRowsAndKeepsEveryRow)
+class CompactFile : public ::testing::Test
 {
+protected:
+    // A global database in shared mode, as the program keeps it, with `rows` messages of which all but every
+    // fourth are deleted again: a file mostly of free pages.
+    void fill_and_thin_out(int rows)
+    {
+        create_global_database(path);
+        Database db = Database::open(path);
+        db.enable_wal();
+        cvd::testing::add_thin_history(db, rows, 4, 0);
+    }
+
     testing::TempFolder folder;
     const QString path = folder.path(u"cvd.mdb"_s);
     const QString scratch = folder.path(u"cvdtmp.mdb"_s);
-    fill_and_thin_out(path, 20000);
+};
+
+TEST_F(CompactFile, ShrinksAFileOfDeletedRowsAndKeepsEveryRow)
+{
+    fill_and_thin_out(20000);
     const QList<QStringList> before = all_messages(path);
     const qint64 size_before = QFileInfo(path).size();
 
@@ -56,47 +61,37 @@ TEST(CompactFile, ShrinksAFileOfDeletedRowsAndKeepsEveryRow)
     EXPECT_TRUE(QFileInfo::exists(scratch));
 }
 
-TEST(CompactFile, LosesNoRowThatAnotherProcessCommitsMeanwhile)
+TEST_F(CompactFile, LosesNoRowThatAnotherProcessCommitsMeanwhile)
 {
-    testing::TempFolder folder;
-    const QString path = folder.path(u"cvd.mdb"_s);
-    fill_and_thin_out(path, 20000);
-
+    fill_and_thin_out(20000);
     cvd::testing::WriterProcess writer(path, 2);
     ASSERT_TRUE(writer.started());
     ASSERT_TRUE(writer.wait_for(5, 30000));
     // Several compactions, each while the writer goes on; between them it gets some rows in.
     for (int round = 0; round < 3; ++round) {
         const qsizetype reported = writer.commits().size();
-        const QString scratch = folder.path(u"cvdtmp-%1.mdb"_s.arg(round));
-        ASSERT_NO_THROW(compact_file(path, scratch, 30000));
+        ASSERT_NO_THROW(compact_file(path, folder.path(u"cvdtmp-%1.mdb"_s.arg(round)), 30000));
         ASSERT_TRUE(writer.wait_for(reported + 5, 30000));
     }
     ASSERT_TRUE(writer.stop());
 
-    QList<qint64> committed;
+    QList<QStringList> committed;
     for (const cvd::testing::WriterProcess::Commit& commit : writer.commits()) {
-        committed.append(commit.number);
+        committed.append({QString::number(commit.number)});
     }
     ASSERT_GE(committed.size(), 20);
     Database db = Database::open(path);
     EXPECT_EQ(integrity_check(db), QStringList{u"ok"_s});
-    QList<qint64> stored;
-    Statement select =
-        db.prepare(u"SELECT cv_transaction FROM cv_messages WHERE cv_recipient = 'writer' ORDER BY cv_transaction"_s);
-    while (select.step()) {
-        stored.append(select.integer(0).value_or(-1));
-    }
-    EXPECT_EQ(stored, committed);
+    EXPECT_EQ(
+        query_rows(db,
+                   u"SELECT cv_transaction FROM cv_messages WHERE cv_recipient = 'writer' ORDER BY cv_transaction"_s),
+        committed);
     EXPECT_EQ(query_value(db, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'bob'"_s), u"5000"_s);
 }
 
-TEST(CompactFile, GivesUpWithBusyAndChangesNothingWhileAnotherConnectionKeepsTheFileOpen)
+TEST_F(CompactFile, GivesUpWithBusyAndChangesNothingWhileAnotherConnectionKeepsTheFileOpen)
 {
-    testing::TempFolder folder;
-    const QString path = folder.path(u"cvd.mdb"_s);
-    const QString scratch = folder.path(u"cvdtmp.mdb"_s);
-    fill_and_thin_out(path, 2000);
+    fill_and_thin_out(2000);
     Database holder = Database::open(path);
     ASSERT_EQ(query_value(holder, u"SELECT count(*) FROM cv_messages"_s), u"500"_s);
     const QByteArray bytes = testing::read_bytes(path);
@@ -116,12 +111,12 @@ TEST(CompactFile, GivesUpWithBusyAndChangesNothingWhileAnotherConnectionKeepsThe
     EXPECT_NO_THROW(compact_file(path, scratch, 100));
 }
 
-TEST(CompactFile, AScratchFileInTheWayFailsWithoutTouchingTheDatabase)
+TEST_F(CompactFile, AMissingFileOrAScratchFileInTheWayFailsWithoutTouchingAnything)
 {
-    testing::TempFolder folder;
-    const QString path = folder.path(u"cvd.mdb"_s);
-    const QString scratch = folder.path(u"cvdtmp.mdb"_s);
-    fill_and_thin_out(path, 2000);
+    EXPECT_THROW(compact_file(path, scratch, 100), Error);
+    EXPECT_TRUE(folder.entries().isEmpty()) << folder.entries().join(u' ').toStdString();
+
+    fill_and_thin_out(2000);
     testing::write_bytes(scratch, "left over from an earlier run");
     const QList<QStringList> before = all_messages(path);
     const qint64 size_before = QFileInfo(path).size();
@@ -130,13 +125,6 @@ TEST(CompactFile, AScratchFileInTheWayFailsWithoutTouchingTheDatabase)
     EXPECT_EQ(QFileInfo(path).size(), size_before);
     EXPECT_EQ(all_messages(path), before);
     EXPECT_EQ(testing::read_bytes(scratch), QByteArray("left over from an earlier run"));
-}
-
-TEST(CompactFile, AMissingFileFailsAndIsNotCreated)
-{
-    testing::TempFolder folder;
-    EXPECT_THROW(compact_file(folder.path(u"cvd.mdb"_s), folder.path(u"cvdtmp.mdb"_s), 100), Error);
-    EXPECT_TRUE(folder.entries().isEmpty()) << folder.entries().join(u' ').toStdString();
 }
 
 // ---- the null repair ----
@@ -197,58 +185,30 @@ TEST_F(RepairNulls, ARowOfNullsGetsTheDefaultOfEveryListedColumn)
 
     repair_nulls(global, user, kNow);
 
-    const struct
-    {
-        const char* table;
-        const char* row;
-        QStringList columns;
-        QStringList expected;
-    } cases[] = {
+    // Whole rows in the order of the columns; the repair leaves cv_date_time_sent, the flags after cv_sent,
+    // cv_priority, the recipients' switches and cv_relay_mail null.
+    const std::pair<const char*, QStringList> cases[] = {
         {"cv_messages",
-         "1",
-         {u"cv_recipient"_s, u"cv_pin"_s, u"cv_message"_s, u"cv_carrier"_s, u"cv_date_time_requested"_s,
-          u"cv_date_time_sent"_s, u"cv_from"_s, u"cv_sent"_s, u"cv_error"_s, u"cv_scheduled"_s, u"cv_repeat_interval"_s,
-          u"cv_repeat_stop"_s, u"cv_retries"_s, u"cv_last_try"_s, u"cv_transaction"_s, u"cv_priority"_s},
-         {u""_s, u""_s, u""_s, u""_s, kNowText, kNull, u""_s, u"0"_s, kNull, kNull, u"0"_s, kNowText, u"0"_s, kNowText,
-          u"0"_s, kNull}},
+         {u""_s, u""_s, u""_s, u""_s, kNowText, kNull, u""_s, u"0"_s, kNull, kNull, u"0"_s, kNowText, u"1"_s, u"0"_s,
+          kNowText, u"0"_s, kNull}},
         {"cv_recipients",
-         "1",
-         {u"cv_name"_s, u"cv_full_name"_s, u"cv_id"_s, u"cv_carrier"_s, u"cv_maxchars"_s, u"cv_alpha"_s,
-          u"cv_on_call"_s, u"cv_ad_hoc"_s, u"cv_drop_control"_s, u"cv_group"_s, u"cv_SendSubject"_s, u"cv_extra1"_s,
-          u"cv_extra2"_s, u"cv_remove_from"_s, u"cv_priority"_s},
          {u""_s, u""_s, u""_s, u""_s, u"240"_s, kNull, kNull, kNull, kNull, kNull, kNull, u""_s, kNull, kNull, kNull}},
         {"cv_carriers",
-         "1",
-         {u"cv_name"_s, u"cv_phone_number"_s, u"cv_modem_settings"_s, u"cv_maxchars"_s, u"cv_init_string"_s,
-          u"cv_retries"_s, u"cv_message_limit"_s, u"cv_dial_type"_s, u"cv_auth_type"_s, u"cv_auth_user"_s,
-          u"cv_auth_pass"_s, u"cv_relay_mail"_s, u"cv_relay_server"_s, u"cv_priority"_s},
          {u""_s, u""_s, u"1200,e,7,1"_s, u"240"_s, u""_s, u"0"_s, u"0"_s, u"tap"_s, u"0"_s, u""_s, u""_s, kNull, u""_s,
           kNull}},
-        {"cv_groups", "1", {u"cv_group"_s, u"cv_recipient"_s}, {u""_s, u""_s}},
-        {"cv_oncalltable",
-         "1",
-         {u"cv_group"_s, u"cv_recipient"_s, u"cv_start_day"_s, u"cv_start_time"_s, u"cv_stop_day"_s, u"cv_stop_time"_s},
-         {u""_s, u""_s, u"0"_s, u"1899-12-30 08:00:00"_s, u"0"_s, u"1899-12-30 22:00:00"_s}},
-        {"cv_settings",
-         "(SELECT max(rowid) FROM cv_settings)",
-         {u"cv_category"_s, u"cv_name"_s, u"cv_value"_s},
-         {u""_s, u""_s, u""_s}},
-        {"cv_presets",
-         "(SELECT max(rowid) FROM cv_presets)",
-         {u"cv_index"_s, u"cv_description"_s, u"cv_recipient"_s, u"cv_message"_s},
-         {u"101"_s, u""_s, u""_s, u""_s}},
+        {"cv_groups", {u""_s, u""_s}},
+        {"cv_oncalltable", {u""_s, u""_s, u"0"_s, u"1899-12-30 08:00:00"_s, u"0"_s, u"1899-12-30 22:00:00"_s}},
     };
-    for (const auto& c : cases) {
-        const QString table = QString::fromLatin1(c.table);
-        const QString sql = u"SELECT "_s + c.columns.join(u", "_s) + u" FROM "_s + table + u" WHERE rowid = "_s +
-                            QString::fromLatin1(c.row);
-        const QStringList found = row(global, sql);
-        for (qsizetype column = 0; column < c.columns.size(); ++column) {
-            EXPECT_EQ(found.value(column), c.expected.at(column)) << c.table << '.' << qPrintable(c.columns.at(column));
-        }
-        if (table == u"cv_settings" || table == u"cv_presets") {
-            EXPECT_EQ(row(user, sql), found) << "user database, " << c.table;
-        }
+    for (const auto& [table, expected] : cases) {
+        EXPECT_EQ(row(global, u"SELECT * FROM "_s + QString::fromLatin1(table)), expected) << table;
+    }
+    // The settings and presets of both files, the newest row of each.
+    for (Database* db : {&global, &user}) {
+        EXPECT_EQ(row(*db, u"SELECT cv_category, cv_name, cv_value FROM cv_settings ORDER BY rowid DESC"_s),
+                  (QStringList{u""_s, u""_s, u""_s}));
+        EXPECT_EQ(row(*db, u"SELECT cv_index, cv_description, cv_recipient, cv_message FROM cv_presets ORDER BY rowid "
+                           "DESC"_s),
+                  (QStringList{u"101"_s, u""_s, u""_s, u""_s}));
     }
 }
 

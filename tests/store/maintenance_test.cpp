@@ -13,8 +13,7 @@ namespace {
 
 qint64 count(Database& db, const QString& sql)
 {
-    Statement select = db.prepare(sql);
-    return select.step() ? select.integer(0).value_or(-1) : -1;
+    return testing::query_value(db, sql).toLongLong();
 }
 
 void insert_message(Database& db, const QString& recipient, int sent, const QDateTime& sent_at)
@@ -74,46 +73,45 @@ private:
     std::thread m_thread;
 };
 
-TEST(Maintenance, ANewDatabaseChecksOutAndCountsItsRows)
+class Maintenance : public ::testing::Test
 {
-    testing::TempFolder folder;
-    create_global_database(folder.path(u"cvd.mdb"_s));
-    Database db = Database::open(folder.path(u"cvd.mdb"_s));
-    EXPECT_EQ(integrity_check(db), QStringList{u"ok"_s});
-    const auto counts = table_row_counts(db);
-    ASSERT_EQ(counts.size(), 8);
-    EXPECT_EQ(counts.at(0), std::make_pair(u"cv_messages"_s, qint64{0}));
-    EXPECT_EQ(counts.at(7), std::make_pair(u"cv_presets"_s, qint64{100}));
-}
+protected:
+    void SetUp() override
+    {
+        create_global_database(path);
+        db = Database::open(path);
+    }
 
-TEST(Maintenance, ABackupTakenWhileAnotherConnectionWritesIsSoundAndComplete)
-{
+    // The backup in copy.mdb: sound, of our kind, with every row that was there before it began.
+    Database checked_copy(int rows_before)
+    {
+        Database copy = Database::open(folder.path(u"copy.mdb"_s), Database::OpenMode::ReadOnly);
+        EXPECT_EQ(integrity_check(copy), QStringList{u"ok"_s});
+        EXPECT_EQ(classify(copy), FileKind::Global);
+        EXPECT_EQ(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'before'"_s), rows_before);
+        return copy;
+    }
+
     testing::TempFolder folder;
     const QString path = folder.path(u"cvd.mdb"_s);
-    create_global_database(path);
-    Database db = Database::open(path);
-    insert_before(db, 20000);
+    Database db;
+};
 
+TEST_F(Maintenance, ABackupTakenWhileAnotherConnectionWritesIsSoundAndComplete)
+{
+    insert_before(db, 20000);
     WriterThread writer(path);
     backup_to(db, folder.path(u"copy.mdb"_s), [] { std::this_thread::yield(); });
     writer.finish();
 
-    Database copy = Database::open(folder.path(u"copy.mdb"_s), Database::OpenMode::ReadOnly);
-    EXPECT_EQ(integrity_check(copy), QStringList{u"ok"_s});
-    EXPECT_EQ(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'before'"_s), 20000);
+    Database copy = checked_copy(20000);
     EXPECT_LE(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'during'"_s), writer.written.load());
-    EXPECT_EQ(classify(copy), FileKind::Global);
 }
 
-TEST(Maintenance, ABackupInSharedModeKeepsToOneSnapshotWhileAWriterGoesOn)
+TEST_F(Maintenance, ABackupInSharedModeKeepsToOneSnapshotWhileAWriterGoesOn)
 {
-    testing::TempFolder folder;
-    const QString path = folder.path(u"cvd.mdb"_s);
-    create_global_database(path);
-    Database db = Database::open(path);
     db.enable_wal();
     insert_before(db, 60000);
-
     WriterThread writer(path);
     while (writer.written == 0) {
         std::this_thread::yield();
@@ -132,22 +130,18 @@ TEST(Maintenance, ABackupInSharedModeKeepsToOneSnapshotWhileAWriterGoesOn)
     const int written_after = writer.written;
     writer.finish();
 
-    Database copy = Database::open(folder.path(u"copy.mdb"_s), Database::OpenMode::ReadOnly);
-    EXPECT_EQ(integrity_check(copy), QStringList{u"ok"_s});
-    EXPECT_EQ(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'before'"_s), 60000);
+    Database copy = checked_copy(60000);
     const qint64 pages = count(copy, u"PRAGMA page_count"_s);
     EXPECT_GT(pages, 3 * 256); // several steps
     EXPECT_LE(pauses, pages / 256);
     EXPECT_GT(written_after, written_before);
-    EXPECT_GE(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'during'"_s), written_before);
-    EXPECT_LE(count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'during'"_s), written_after);
+    const qint64 during = count(copy, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'during'"_s);
+    EXPECT_GE(during, written_before);
+    EXPECT_LE(during, written_after);
 }
 
-TEST(Maintenance, PurgeRemovesExactlyTheOldFinishedRows)
+TEST_F(Maintenance, PurgeRemovesExactlyTheOldFinishedRows)
 {
-    testing::TempFolder folder;
-    create_global_database(folder.path(u"cvd.mdb"_s));
-    Database db = Database::open(folder.path(u"cvd.mdb"_s));
     const QDateTime now(QDate(2026, 11, 23), QTime(12, 0));
     for (int row = 0; row < 7; ++row) {
         insert_message(db, u"old sent"_s, -1, now.addDays(-40 - row));
