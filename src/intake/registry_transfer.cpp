@@ -66,6 +66,18 @@ struct TransferMessage
     QString message;
 };
 
+QString why_unreadable(const platform::Registry::ValueText& value)
+{
+    switch (value.outcome) {
+    case platform::ReadOutcome::NotRegular:
+        return u"not a regular file"_s;
+    case platform::ReadOutcome::TooLarge:
+        return u"larger than %1 bytes"_s.arg(platform::Registry::kMaxValueBytes);
+    default:
+        return platform::error_text(value.error);
+    }
+}
+
 // A value of a message subkey; nullopt when it is missing. A value that is there but cannot be read (not a
 // regular file, too large, unreadable) is named on stderr, and *refused is set: the subkey is passed over.
 std::optional<QString> read_field(AppState& state, const QString& subkey, const QString& name, bool* refused)
@@ -75,12 +87,8 @@ std::optional<QString> read_field(AppState& state, const QString& subkey, const 
         return value.text;
     }
     if (value.outcome != platform::ReadOutcome::Missing) {
-        const QString why = value.outcome == platform::ReadOutcome::NotRegular ? u"not a regular file"_s
-                            : value.outcome == platform::ReadOutcome::TooLarge
-                                ? u"larger than %1 bytes"_s.arg(platform::Registry::kMaxValueBytes)
-                                : platform::error_text(value.error);
         std::fprintf(stderr, "cvd: registry value %s\\%s passed over: %s\n", qUtf8Printable(subkey),
-                     qUtf8Printable(name), qUtf8Printable(why));
+                     qUtf8Printable(name), qUtf8Printable(why_unreadable(value)));
         *refused = true;
     }
     return std::nullopt;
