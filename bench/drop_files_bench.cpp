@@ -1,5 +1,7 @@
 // How fast a tick takes a burst of drop files: 1,000 files in the watched folder, all taken by one
-// check_for_files call (read, look up, draw a transaction, insert, delete). Goal: under 2 s for the burst.
+// check_for_files call (read, rename, look up, draw a transaction, insert with its record, delete), with the
+// global database as the program runs it: WAL and synchronous=FULL, so every commit waits for the disk.
+// Goal: under 1 s for the burst.
 #include "core/app_state.h"
 #include "core/clock.h"
 #include "core/databases.h"
@@ -43,6 +45,7 @@ struct DropFixture
         cvd::store::create_global_database(cvd::global_db_path(state));
         state.global_db = cvd::store::Database::open(cvd::global_db_path(state));
         state.global_db.enable_wal();
+        state.global_db.exec(u"PRAGMA synchronous=FULL"_s);
         state.global_db.exec(
             u"INSERT INTO cv_recipients (cv_name, cv_carrier, cv_group) VALUES ('bob', 'tapnet', 0)"_s);
     }
@@ -63,7 +66,7 @@ struct DropFixture
     cvd::AppState state;
 };
 
-void BM_CheckForFilesThousandFiles(benchmark::State& bench)
+void BM_DropFilesThousandInOneTick(benchmark::State& bench)
 {
     DropFixture fixture;
     for (auto _ : bench) {
@@ -72,12 +75,12 @@ void BM_CheckForFilesThousandFiles(benchmark::State& bench)
         bench.ResumeTiming();
         cvd::intake::check_for_files(fixture.state);
     }
-    const qsizetype left = QDir(fixture.state.global_db_folder).entryList({u"*.asc"_s}, QDir::Files).size();
+    const qsizetype left = QDir(fixture.state.global_db_folder).entryList({u"*.asc*"_s}, QDir::Files).size();
     if (left != 0) {
         bench.SkipWithError("files were left behind");
     }
     bench.SetItemsProcessed(bench.iterations() * kFilesPerTick);
 }
-BENCHMARK(BM_CheckForFilesThousandFiles)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_DropFilesThousandInOneTick)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace

@@ -6,20 +6,18 @@
 #include "core/file_ops.h"
 #include "core/text.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "queue/send_page.h"
 #include "store/database.h"
+#include "store/schema.h"
 #include "store/unique.h"
 
-#include <QDir>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QStringList>
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -33,8 +31,13 @@ const QString kProcedure = u"Procedure: check_for_messages"_s;
 // A file must have been left alone this long before it is read.
 constexpr qint64 kQuietMilliseconds = 1000;
 
-// Line ends that are read at most: the recipient's, the sender's and those of the body lines.
-constexpr int kLineEndsRead = 2 + kMaxBodyLines;
+// Files entered in one transaction: few commits for a burst, and no more files held open at once.
+constexpr qsizetype kBatchSize = 200;
+
+// Before a file is entered it is renamed to its name plus this mark and 16 random hex digits, so that the
+// "*.asc" listing of any console passes over it and a record of an earlier file never names a later one.
+constexpr char kWorkingMark[] = ".intake-";
+constexpr qsizetype kWorkingTailLength = sizeof kWorkingMark - 1 + 16;
 
 // Thrown when the error path has begun a new round: the folders are listed again from the start.
 struct ListingRestart
@@ -54,118 +57,261 @@ template <typename Step> auto run_step(AppState& state, Step&& step) -> decltype
     });
 }
 
-// Closes a descriptor on every way out.
-class Descriptor
+// A drop file as the listing found it. Paths are the file system's bytes: a name need not be valid UTF-8.
+struct Listed
 {
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor()
-    {
-        if (m_fd >= 0) {
-            ::close(m_fd);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return m_fd; }
-
-private:
-    int m_fd;
+    QByteArray path;
+    QByteArray original; // the path it was dropped under; differs from path for a working file
+    bool working() const { return path != original; }
 };
 
-// Whether a writer still holds the file. Writers announce themselves with flock or with fcntl record locks,
-// and on Linux the two kinds do not see each other, so both are asked:
-// - flock: a trial LOCK_EX|LOCK_NB conflicts with every flock, shared or exclusive, held through another
-//   open file description, one of this process included (a shared trial would pass a shared lock). When it
-//   is granted it stays on fd until fd is closed, so a writer that locks cannot start rewriting the file
-//   while we read it.
-// - fcntl: F_OFD_GETLK asks whether a write lock over the whole file would conflict; it reports read and
-//   write record locks of the traditional and the open-file-description kind, this process's included.
-//   A kernel without it answers EINVAL, and F_GETLK (other processes' locks) is asked instead.
-// A file system that supports neither answers "not held"; the quiet second still protects it.
-bool held_by_writer(int fd)
+// A file on its way in: held open (and flocked) until its row is committed and it is removed.
+struct Entering
 {
-    int rc = ::flock(fd, LOCK_EX | LOCK_NB);
-    while (rc != 0 && errno == EINTR) {
-        rc = ::flock(fd, LOCK_EX | LOCK_NB);
-    }
-    if (rc != 0 && errno == EWOULDBLOCK) {
-        return true;
-    }
-    for (const int command : {F_OFD_GETLK, F_GETLK}) {
-        struct flock probe = {};
-        probe.l_type = F_WRLCK;
-        probe.l_whence = SEEK_SET;
-        probe.l_start = 0;
-        probe.l_len = 0; // to the end of the file, however far it grows
-        if (::fcntl(fd, command, &probe) == 0) {
-            return probe.l_type != F_UNLCK;
-        }
-    }
-    return false;
+    platform::RegularFile file;
+    QByteArray working_path;
+    queue::NewMessage row;
+};
+
+// Whether a name is a drop file's: "*.asc" without regard to case, so "X.ASC" from a writer on another
+// system is taken too; hidden files (a writer's temporary ".x.asc") are not.
+bool is_drop_name(const QByteArray& name)
+{
+    return !name.startsWith('.') && name.toLower().endsWith(".asc");
 }
 
-// Whether the file changed less than a quiet second before now: a writer that does not lock may still be
-// at work. A time ahead of now counts as recent.
-bool recently_changed(const struct stat& info, const QDateTime& now)
+// The drop name a working name was made from, or nullopt for any other name.
+std::optional<QByteArray> original_of_working(const QByteArray& name)
 {
-    const qint64 changed =
-        static_cast<qint64>(info.st_mtim.tv_sec) * 1000 + static_cast<qint64>(info.st_mtim.tv_nsec) / 1000000;
-    return now.toMSecsSinceEpoch() - changed < kQuietMilliseconds;
-}
-
-// The bytes up to the last line end that is read; whatever lies behind it is lost with the file.
-QByteArray read_needed_lines(int fd)
-{
-    QByteArray bytes;
-    int line_ends = 0;
-    char buffer[65536];
-    for (;;) {
-        const ssize_t got = ::read(fd, buffer, sizeof buffer);
-        if (got < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            throw FileError(errno);
-        }
-        if (got == 0) {
-            return bytes;
-        }
-        const char* const end = buffer + got;
-        for (const char* at = buffer; at < end; ++at) {
-            at = static_cast<const char*>(std::memchr(at, '\n', static_cast<size_t>(end - at)));
-            if (at == nullptr) {
-                break;
-            }
-            if (++line_ends == kLineEndsRead) {
-                bytes.append(buffer, at + 1 - buffer);
-                return bytes;
-            }
-        }
-        bytes.append(buffer, got);
-    }
-}
-
-// The file's content, or nullopt when it is to be left where it is: still held by its writer, changed
-// within the last second, gone meanwhile (taken by another console), or not ours to read (as a file that
-// its writer holds open). Other failures go to the error path as FileError.
-std::optional<QByteArray> read_drop_file(AppState& state, const QString& path)
-{
-    const Descriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-    if (file.get() < 0) {
-        if (errno == ENOENT || errno == EACCES || errno == EPERM) {
-            return std::nullopt;
-        }
-        throw FileError(errno);
-    }
-    struct stat info = {};
-    if (::fstat(file.get(), &info) != 0) {
-        throw FileError(errno);
-    }
-    if (held_by_writer(file.get()) || recently_changed(info, state.clock.now())) {
+    if (name.size() <= kWorkingTailLength) {
         return std::nullopt;
     }
-    return read_needed_lines(file.get());
+    const QByteArray tail = name.right(kWorkingTailLength);
+    const QByteArray digits = tail.mid(sizeof kWorkingMark - 1);
+    const bool hex = std::all_of(digits.cbegin(), digits.cend(),
+                                 [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); });
+    const QByteArray original = name.chopped(kWorkingTailLength);
+    if (!tail.startsWith(kWorkingMark) || !hex || !is_drop_name(original)) {
+        return std::nullopt;
+    }
+    return original;
+}
+
+QByteArray working_path_for(const QByteArray& path)
+{
+    const QByteArray digits = QByteArray::number(QRandomGenerator::global()->generate64(), 16);
+    return path + kWorkingMark + digits.rightJustified(16, '0');
+}
+
+// The drop files and working files of a folder, in the order of their names without regard to case.
+void add_drop_files(const QString& folder, QList<Listed>& files)
+{
+    QByteArray prefix = QFile::encodeName(folder);
+    if (!prefix.endsWith('/')) {
+        prefix += '/';
+    }
+    QList<std::pair<QByteArray, QByteArray>> found; // (original name, name)
+    for (const QByteArray& name : platform::non_folder_entries(prefix)) {
+        if (is_drop_name(name)) {
+            found.append({name, name});
+        } else if (const std::optional<QByteArray> original = original_of_working(name)) {
+            found.append({*original, name});
+        }
+    }
+    std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) {
+        const QByteArray a_key = a.first.toLower();
+        const QByteArray b_key = b.first.toLower();
+        return a_key != b_key ? a_key < b_key : a.second < b.second;
+    });
+    for (const auto& [original, name] : found) {
+        files.append({prefix + name, prefix + original});
+    }
+}
+
+// The text a path is recorded under: its bytes percent-encoded, so that any name fits into a text column.
+QString record_key(const QByteArray& path)
+{
+    return QString::fromLatin1(path.toPercentEncoding("/"));
+}
+
+bool is_recorded(AppState& state, const QByteArray& path)
+{
+    store::Statement select =
+        state.global_db.prepare(u"SELECT 1 FROM cv_intake_files WHERE cv_path = ?1 COLLATE BINARY"_s);
+    select.bind(1, record_key(path));
+    return select.step();
+}
+
+// Creates the record table in a file made before it existed, and forgets records whose file is gone (the
+// program stopped between removing a file and its record).
+void prepare_records(AppState& state)
+{
+    store::create_intake_files_table(state.global_db);
+    QStringList gone;
+    store::Statement select = state.global_db.prepare(u"SELECT cv_path FROM cv_intake_files"_s);
+    while (select.step()) {
+        const QString key = select.text(0).value_or(QString());
+        if (!platform::path_exists(QByteArray::fromPercentEncoding(key.toLatin1()))) {
+            gone.append(key);
+        }
+    }
+    for (const QString& key : gone) {
+        state.global_db.prepare(u"DELETE FROM cv_intake_files WHERE cv_path = ?1 COLLATE BINARY"_s).bind(1, key).exec();
+    }
+}
+
+// Removes files whose rows are committed, and then their records. Run again after a failure, it removes
+// what is left.
+void remove_entered(AppState& state, const QList<QByteArray>& paths)
+{
+    for (const QByteArray& path : paths) {
+        platform::remove_file(path);
+    }
+    yield_to_event_loop();
+    run_step(state, [&] {
+        store::Transaction transaction(state.global_db);
+        store::Statement& remove =
+            state.global_db.cached(u"DELETE FROM cv_intake_files WHERE cv_path = ?1 COLLATE BINARY"_s);
+        for (const QByteArray& path : paths) {
+            remove.reset();
+            remove.bind(1, record_key(path)).exec();
+        }
+        transaction.commit();
+    });
+}
+
+// Enters the rows of a batch with a record of each working file, all in one transaction; then removes the
+// files. A failed attempt is rolled back whole, so the error path may run it again.
+void enter_batch(AppState& state, std::vector<Entering>& batch)
+{
+    if (batch.empty()) {
+        return;
+    }
+    const qint32 retry_interval = run_step(state, [&] { return queue::retry_interval_seconds(state); });
+    run_step(state, [&] {
+        store::Transaction transaction(state.global_db);
+        store::Statement& record = state.global_db.cached(u"INSERT INTO cv_intake_files (cv_path) VALUES (?1)"_s);
+        for (const Entering& entering : batch) {
+            const qint32 number = store::get_unique(state.global_db);
+            queue::insert_waiting_message(state, entering.row, number, retry_interval);
+            record.reset();
+            record.bind(1, record_key(entering.working_path)).exec();
+        }
+        transaction.commit();
+    });
+    yield_to_event_loop();
+    QList<QByteArray> paths;
+    for (const Entering& entering : batch) {
+        paths.append(entering.working_path);
+    }
+    remove_entered(state, paths);
+    batch.clear();
+}
+
+// A file that cannot become a message is renamed out of the way, replacing an older one of that name, so
+// that it is not tried again and can be looked at. Why it failed is shown nowhere: this runs unattended.
+void set_aside(const QByteArray& path, const QByteArray& original)
+{
+    if (!platform::rename_file(path, original + ".bad").ok) {
+        platform::remove_file(path);
+    }
+}
+
+// The file opened and read, or nullopt when it is to be left where it is: still held by its writer, changed
+// within the last second, gone meanwhile (taken by another console), or not ours to read. A file that is not
+// a regular one, or too large, is set aside. Other failures go to the error path as FileError.
+std::optional<std::pair<platform::RegularFile, QByteArray>> open_drop_file(AppState& state, const Listed& listed)
+{
+    platform::RegularFile file(listed.path);
+    if (file.outcome() == platform::ReadOutcome::NotRegular) {
+        set_aside(listed.path, listed.original);
+        return std::nullopt;
+    }
+    if (file.outcome() != platform::ReadOutcome::Ok) {
+        const int error = file.error();
+        if (file.outcome() == platform::ReadOutcome::Missing || error == EACCES || error == EPERM) {
+            return std::nullopt;
+        }
+        throw FileError(error);
+    }
+    if (file.held_by_writer() || state.clock.now().toMSecsSinceEpoch() - file.changed_msecs() < kQuietMilliseconds) {
+        return std::nullopt; // a time ahead of now counts as recent too
+    }
+    platform::CappedRead read = file.read_up_to(kMaxDropFileBytes);
+    if (read.outcome == platform::ReadOutcome::TooLarge) {
+        set_aside(listed.path, listed.original);
+        return std::nullopt;
+    }
+    if (read.outcome != platform::ReadOutcome::Ok) {
+        throw FileError(read.error);
+    }
+    return std::pair{std::move(file), std::move(read.bytes)};
+}
+
+// The carrier of the recipient row of that name, or nullopt when there is none. Any row with the name will
+// do, a group's as well as a person's.
+std::optional<QString> recipient_carrier(AppState& state, const QString& recipient)
+{
+    store::Statement select =
+        state.global_db.prepare(u"SELECT cv_name, cv_carrier FROM cv_recipients WHERE (cv_name = ?1)"_s);
+    select.bind(1, recipient);
+    if (!select.step()) {
+        return std::nullopt;
+    }
+    return select.text(1).value_or(QString());
+}
+
+// Takes one listed file into the batch, or sets it aside, or leaves it for a later tick.
+void take_file(AppState& state, const Listed& listed, std::vector<Entering>& batch)
+{
+    if (listed.working() && run_step(state, [&] { return is_recorded(state, listed.path); })) {
+        remove_entered(state, {listed.path}); // entered before the program was stopped
+        return;
+    }
+    auto opened = run_step(state, [&] { return open_drop_file(state, listed); });
+    if (!opened) {
+        return;
+    }
+    // The working name first: from here on no other listing takes the file as a drop file.
+    const QByteArray working = listed.working() ? listed.path : working_path_for(listed.path);
+    if (!listed.working() && !platform::rename_file(listed.path, working).ok) {
+        return; // taken by another console meanwhile, or a folder we may not change
+    }
+    const std::optional<DropMessage> message = parse_drop_file(opened->second);
+    yield_to_event_loop();
+    if (!message) {
+        set_aside(working, listed.original); // "Incomplete data file"
+        return;
+    }
+    const std::optional<QString> carrier =
+        run_step(state, [&] { return recipient_carrier(state, message->recipient); });
+    yield_to_event_loop();
+    if (!carrier) {
+        set_aside(working, listed.original); // "User record not found or ascii service not enabled for user."
+        return;
+    }
+    batch.push_back({std::move(opened->first), working,
+                     queue::NewMessage{message->recipient, message->message, *carrier, message->sender}});
+    if (static_cast<qsizetype>(batch.size()) >= kBatchSize) {
+        enter_batch(state, batch);
+    }
+}
+
+void take_listed_files(AppState& state)
+{
+    run_step(state, [&] { prepare_records(state); });
+    QList<Listed> files;
+    for (const QString& folder : {state.program_folder, state.global_db_folder}) {
+        if (isdir(folder)) {
+            add_drop_files(folder, files);
+        }
+        yield_to_event_loop();
+    }
+    std::vector<Entering> batch;
+    for (const Listed& listed : files) {
+        take_file(state, listed, batch);
+    }
+    enter_batch(state, batch);
 }
 
 // Reads lines of a text: each ends at an LF, and a CR just before the LF belongs to the line end.
@@ -204,87 +350,12 @@ QString cut(const QString& text, qsizetype length)
     return text.left(length);
 }
 
-// The carrier of the recipient row of that name, or nullopt when there is none. Any row with the name will
-// do, a group's as well as a person's.
-std::optional<QString> recipient_carrier(AppState& state, const QString& recipient)
-{
-    store::Statement select =
-        state.global_db.prepare(u"SELECT cv_name, cv_carrier FROM cv_recipients WHERE (cv_name = ?1)"_s);
-    select.bind(1, recipient);
-    if (!select.step()) {
-        return std::nullopt;
-    }
-    return select.text(1).value_or(QString());
-}
-
-// A file that cannot become a message is renamed out of the way, replacing an older one of that name, so
-// that it is not tried again and can be looked at. Why it failed is shown nowhere: this runs unattended.
-void set_aside(const QString& path)
-{
-    if (!canmove(path, path + u".bad"_s)) {
-        cankill(path);
-    }
-}
-
-void take_file(AppState& state, const QString& path)
-{
-    const std::optional<QByteArray> content = run_step(state, [&] { return read_drop_file(state, path); });
-    if (!content) {
-        return; // left for a later tick
-    }
-    const std::optional<DropMessage> message = parse_drop_file(*content);
-    yield_to_event_loop();
-    if (!message) {
-        set_aside(path); // "Incomplete data file"
-        return;
-    }
-    const std::optional<QString> carrier =
-        run_step(state, [&] { return recipient_carrier(state, message->recipient); });
-    yield_to_event_loop();
-    if (!carrier) {
-        set_aside(path); // "User record not found or ascii service not enabled for user."
-        return;
-    }
-    const qint32 transaction = run_step(state, [&] { return store::get_unique(state.global_db); });
-    const qint32 retry_interval = run_step(state, [&] { return queue::retry_interval_seconds(state); });
-    const queue::NewMessage row{message->recipient, message->message, *carrier, message->sender};
-    run_step(state, [&] { return queue::insert_waiting_message(state, row, transaction, retry_interval); });
-    yield_to_event_loop();
-    cankill(path);
-}
-
-// Full paths of the drop files in a folder. The pattern matches without regard to case, so "X.ASC" from a
-// writer on another system is taken too; hidden files (a writer's temporary ".x.asc") are not.
-void add_drop_files(const QString& folder, QStringList& files)
-{
-    if (!isdir(folder)) {
-        return;
-    }
-    const QString prefix = platform::with_trailing_slash(folder);
-    const QStringList names = QDir(folder).entryList({u"*.asc"_s}, QDir::Files);
-    for (const QString& name : names) {
-        files.append(prefix + name);
-    }
-}
-
-void take_listed_files(AppState& state)
-{
-    QStringList files;
-    add_drop_files(state.program_folder, files);
-    yield_to_event_loop();
-    add_drop_files(state.global_db_folder, files);
-    yield_to_event_loop();
-    while (!files.isEmpty()) {
-        take_file(state, files.constFirst());
-        files.removeFirst();
-    }
-}
-
 } // namespace
 
 std::optional<DropMessage> parse_drop_file(const QByteArray& content)
 {
-    const QString text = platform::text_from_bytes(content);
+    // Editors on some systems start a UTF-8 file with a byte order mark; it is no part of the recipient.
+    const QString text = platform::text_from_bytes(content.startsWith("\xEF\xBB\xBF") ? content.mid(3) : content);
     LineReader lines(text);
     if (lines.at_end()) {
         return std::nullopt;

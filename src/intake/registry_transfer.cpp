@@ -4,11 +4,13 @@
 #include "core/clock.h"
 #include "core/error_path.h"
 #include "core/text.h"
+#include "platform/files.h"
 #include "queue/send_page.h"
 #include "store/database.h"
 #include "store/unique.h"
 
 #include <QCoreApplication>
+#include <cstdio>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -64,12 +66,54 @@ struct TransferMessage
     QString message;
 };
 
-TransferMessage read_transfer_message(AppState& state, const QString& subkey)
+QString why_unreadable(const platform::Registry::ValueText& value)
 {
+    switch (value.outcome) {
+    case platform::ReadOutcome::NotRegular:
+        return u"not a regular file"_s;
+    case platform::ReadOutcome::TooLarge:
+        return u"larger than %1 bytes"_s.arg(platform::Registry::kMaxValueBytes);
+    default:
+        return platform::error_text(value.error);
+    }
+}
+
+// A value of a message subkey; nullopt when it is missing. A value that is there but cannot be read (not a
+// regular file, too large, unreadable) is named on stderr, and *refused is set: the subkey is passed over.
+std::optional<QString> read_field(AppState& state, const QString& subkey, const QString& name, bool* refused)
+{
+    const platform::Registry::ValueText value = state.registry.read_value_text(kHive, subkey, name);
+    if (value.outcome == platform::ReadOutcome::Ok) {
+        return value.text;
+    }
+    if (value.outcome != platform::ReadOutcome::Missing) {
+        std::fprintf(stderr, "cvd: registry value %s\\%s passed over: %s\n", qUtf8Printable(subkey),
+                     qUtf8Printable(name), qUtf8Printable(why_unreadable(value)));
+        *refused = true;
+    }
+    return std::nullopt;
+}
+
+// The message of a subkey, or nullopt when one of its values cannot be read.
+std::optional<TransferMessage> read_transfer_message(AppState& state, const QString& subkey)
+{
+    bool refused = false;
     const auto text = [&](const QString& name) {
-        return trim_blanks(state.registry.read_text(kHive, subkey, name).value_or(QString()));
+        return refused ? QString() : trim_blanks(read_field(state, subkey, name, &refused).value_or(QString()));
     };
-    return TransferMessage{text(u"To"_s).toLower(), text(u"From"_s), text(u"Message"_s)};
+    TransferMessage message{text(u"To"_s).toLower(), text(u"From"_s), text(u"Message"_s)};
+    if (refused) {
+        return std::nullopt;
+    }
+    return message;
+}
+
+// Whether the writer has marked the subkey complete with a `Ready` of 1.
+bool is_ready(AppState& state, const QString& subkey)
+{
+    bool refused = false;
+    const std::optional<QString> ready = read_field(state, subkey, u"Ready"_s, &refused);
+    return ready && platform::parse_decimal(*ready) == 1;
 }
 
 } // namespace
@@ -164,16 +208,20 @@ void check_registry(AppState& state)
     const QString procedure = u"Procedure: check_registry"_s;
     state.clear_error_counters();
     for (int index = 0;; ++index) {
-        const QString name = state.registry.subkey_at(kHive, messages_key(), index);
-        if (name.isEmpty()) {
+        const QStringList names = state.registry.subkeys(kHive, messages_key());
+        if (index >= names.size()) {
             return;
         }
-        const QString subkey = messages_key() + u'\\' + name;
-        if (state.registry.read_number(kHive, subkey, u"Ready"_s) != 1) {
+        const QString subkey = messages_key() + u'\\' + names.at(index);
+        if (!is_ready(state, subkey)) {
             continue; // the writer has not finished
         }
         state.registry.write_number(kHive, subkey, u"Status"_s, 1);
-        const TransferMessage entry = read_transfer_message(state, subkey);
+        const std::optional<TransferMessage> read = read_transfer_message(state, subkey);
+        if (!read) {
+            continue; // stays, and is named again at each tick until someone sees to it
+        }
+        const TransferMessage& entry = *read;
         if (entry.recipient.isEmpty() || entry.message.isEmpty()) {
             continue; // stays, and is read again at each tick; a sender may be empty
         }

@@ -7,8 +7,10 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace cvd::platform {
 
@@ -114,10 +116,15 @@ FileResult abandon_temp(int fd, const QByteArray& temp_path)
 
 bool path_exists(const QString& path)
 {
+    return path_exists(QFile::encodeName(path));
+}
+
+bool path_exists(const QByteArray& path)
+{
     struct stat info
     {
     };
-    return !path.isEmpty() && ::stat(QFile::encodeName(path).constData(), &info) == 0;
+    return !path.isEmpty() && ::stat(path.constData(), &info) == 0;
 }
 
 bool is_directory(const QString& path)
@@ -158,10 +165,15 @@ bool directory_has_entries(const QString& path)
 
 FileResult remove_file(const QString& path)
 {
+    return remove_file(QFile::encodeName(path));
+}
+
+FileResult remove_file(const QByteArray& path)
+{
     if (path.isEmpty()) {
         return {false, ENOENT};
     }
-    return ::unlink(QFile::encodeName(path).constData()) == 0 ? succeeded() : failed_with_errno();
+    return ::unlink(path.constData()) == 0 ? succeeded() : failed_with_errno();
 }
 
 FileResult copy_file(const QString& from, const QString& to)
@@ -214,11 +226,166 @@ FileResult copy_file(const QString& from, const QString& to)
 
 FileResult rename_file(const QString& from, const QString& to)
 {
+    return rename_file(QFile::encodeName(from), QFile::encodeName(to));
+}
+
+FileResult rename_file(const QByteArray& from, const QByteArray& to)
+{
     if (from.isEmpty() || to.isEmpty()) {
         return {false, ENOENT};
     }
-    return ::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0 ? succeeded()
-                                                                                                 : failed_with_errno();
+    return ::rename(from.constData(), to.constData()) == 0 ? succeeded() : failed_with_errno();
+}
+
+QList<QByteArray> non_folder_entries(const QByteArray& folder)
+{
+    QList<QByteArray> names;
+    DIR* dir = folder.isEmpty() ? nullptr : ::opendir(folder.constData());
+    if (!dir) {
+        return names;
+    }
+    while (const dirent* entry = ::readdir(dir)) {
+        struct stat info
+        {
+        };
+        const bool examined = ::fstatat(::dirfd(dir), entry->d_name, &info, 0) == 0;
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0 &&
+            !(examined && S_ISDIR(info.st_mode))) {
+            names.append(QByteArray(entry->d_name));
+        }
+    }
+    ::closedir(dir);
+    return names;
+}
+
+RegularFile::RegularFile(const QByteArray& path)
+{
+    struct stat info
+    {
+    };
+    if (path.isEmpty() || ::stat(path.constData(), &info) != 0) {
+        m_error = path.isEmpty() ? ENOENT : errno;
+        m_outcome = m_error == ENOENT || m_error == ENOTDIR ? ReadOutcome::Missing : ReadOutcome::Failed;
+        return;
+    }
+    if (!S_ISREG(info.st_mode)) {
+        m_outcome = ReadOutcome::NotRegular;
+        return;
+    }
+    m_fd = retry_on_eintr([&] { return ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); });
+    if (m_fd < 0) {
+        m_error = errno;
+        m_outcome = m_error == ENOENT ? ReadOutcome::Missing : ReadOutcome::Failed;
+        return;
+    }
+    if (::fstat(m_fd, &info) != 0) {
+        m_error = errno;
+        close();
+        return;
+    }
+    if (!S_ISREG(info.st_mode)) {
+        close();
+        m_outcome = ReadOutcome::NotRegular;
+        return;
+    }
+    m_outcome = ReadOutcome::Ok;
+    m_size = static_cast<qint64>(info.st_size);
+    m_changed_msecs =
+        static_cast<qint64>(info.st_mtim.tv_sec) * 1000 + static_cast<qint64>(info.st_mtim.tv_nsec) / 1000000;
+}
+
+RegularFile::~RegularFile()
+{
+    close();
+}
+
+RegularFile::RegularFile(RegularFile&& other) noexcept
+    : m_fd(std::exchange(other.m_fd, -1)), m_outcome(other.m_outcome), m_error(other.m_error), m_size(other.m_size),
+      m_changed_msecs(other.m_changed_msecs)
+{
+}
+
+RegularFile& RegularFile::operator=(RegularFile&& other) noexcept
+{
+    if (this != &other) {
+        close();
+        m_fd = std::exchange(other.m_fd, -1);
+        m_outcome = other.m_outcome;
+        m_error = other.m_error;
+        m_size = other.m_size;
+        m_changed_msecs = other.m_changed_msecs;
+    }
+    return *this;
+}
+
+void RegularFile::close()
+{
+    if (m_fd >= 0) {
+        close_quietly(m_fd);
+        m_fd = -1;
+    }
+}
+
+// Writers announce themselves with flock or with fcntl record locks, and on Linux the two kinds do not see
+// each other, so both are asked:
+// - flock: a trial LOCK_EX|LOCK_NB conflicts with every flock, shared or exclusive, held through another
+//   open file description, one of this process included (a shared trial would pass a shared lock).
+// - fcntl: F_OFD_GETLK asks whether a write lock over the whole file would conflict; it reports read and
+//   write record locks of the traditional and the open-file-description kind, this process's included.
+//   A kernel without it answers EINVAL, and F_GETLK (other processes' locks) is asked instead.
+// A file system that supports neither answers "not held".
+bool RegularFile::held_by_writer()
+{
+    if (m_fd < 0) {
+        return false;
+    }
+    const int rc = retry_on_eintr([&] { return ::flock(m_fd, LOCK_EX | LOCK_NB); });
+    if (rc != 0 && errno == EWOULDBLOCK) {
+        return true;
+    }
+    for (const int command : {F_OFD_GETLK, F_GETLK}) {
+        struct flock probe = {};
+        probe.l_type = F_WRLCK;
+        probe.l_whence = SEEK_SET;
+        probe.l_start = 0;
+        probe.l_len = 0; // to the end of the file, however far it grows
+        if (::fcntl(m_fd, command, &probe) == 0) {
+            return probe.l_type != F_UNLCK;
+        }
+    }
+    return false;
+}
+
+CappedRead RegularFile::read_up_to(qint64 cap)
+{
+    if (m_fd < 0) {
+        return {m_outcome, m_error, {}};
+    }
+    if (m_size > cap) {
+        return {ReadOutcome::TooLarge, 0, {}};
+    }
+    // Reading goes on past the size seen at opening, so that a file that grew meanwhile is noticed.
+    QByteArray bytes;
+    bytes.reserve(static_cast<qsizetype>(m_size));
+    char buffer[65536];
+    for (;;) {
+        const ssize_t got = retry_on_eintr([&] { return ::read(m_fd, buffer, sizeof buffer); });
+        if (got < 0) {
+            return {ReadOutcome::Failed, errno, {}};
+        }
+        if (got == 0) {
+            return {ReadOutcome::Ok, 0, bytes};
+        }
+        if (bytes.size() + got > cap) {
+            return {ReadOutcome::TooLarge, 0, {}};
+        }
+        bytes.append(buffer, got);
+    }
+}
+
+CappedRead read_regular_file(const QByteArray& path, qint64 cap)
+{
+    return RegularFile(path).read_up_to(cap);
 }
 
 std::optional<QByteArray> read_file_bytes(const QString& path)

@@ -32,6 +32,13 @@ QStringList key_levels(const QString& key)
     return normalised.split(u'/', Qt::SkipEmptyParts);
 }
 
+// Whether a subkey's name can be one level of a key path: the lone "%" of a default value, or a name with a
+// separator in it, would address some other key or none.
+bool is_key_level(const QString& name)
+{
+    return !name.isEmpty() && !name.contains(u'\\') && !name.contains(u'/');
+}
+
 int hex_digit(char c)
 {
     if (c >= '0' && c <= '9') {
@@ -54,41 +61,6 @@ bool can_write_below(const QString& path)
         probe = u"/"_s;
     }
     return is_directory(probe) && ::access(QFile::encodeName(probe).constData(), W_OK | X_OK) == 0;
-}
-
-// The number in a value: optional blanks around an optional sign and decimal digits, nothing else.
-std::optional<qint64> parse_decimal(const QString& text)
-{
-    const QString trimmed = text.trimmed();
-    qsizetype position = 0;
-    bool negative = false;
-    if (position < trimmed.size() && (trimmed.at(position) == u'+' || trimmed.at(position) == u'-')) {
-        negative = trimmed.at(position) == u'-';
-        ++position;
-    }
-    if (position == trimmed.size()) {
-        return std::nullopt;
-    }
-    // Gathered as a negative number so that the most negative value fits too.
-    qint64 value = 0;
-    for (; position < trimmed.size(); ++position) {
-        const char16_t c = trimmed.at(position).unicode();
-        if (c < u'0' || c > u'9') {
-            return std::nullopt;
-        }
-        const int digit = c - u'0';
-        if (value < (std::numeric_limits<qint64>::min() + digit) / 10) {
-            return std::nullopt;
-        }
-        value = value * 10 - digit;
-    }
-    if (!negative) {
-        if (value == std::numeric_limits<qint64>::min()) {
-            return std::nullopt;
-        }
-        value = -value;
-    }
-    return value;
 }
 
 } // namespace
@@ -209,16 +181,25 @@ bool Registry::delete_key(Hive hive, const QString& key)
     return !path_exists(folder);
 }
 
+Registry::ValueText Registry::read_value_text(Hive hive, const QString& key, const QString& name) const
+{
+    CappedRead read = read_regular_file(value_path(hive, key, name), kMaxValueBytes);
+    if (read.outcome != ReadOutcome::Ok) {
+        return {read.outcome, read.error, {}};
+    }
+    if (read.bytes.endsWith('\n')) {
+        read.bytes.chop(1);
+    }
+    return {ReadOutcome::Ok, 0, text_from_bytes(read.bytes)};
+}
+
 std::optional<QString> Registry::read_text(Hive hive, const QString& key, const QString& name) const
 {
-    std::optional<QByteArray> bytes = read_file_bytes(QFile::decodeName(value_path(hive, key, name)));
-    if (!bytes) {
+    ValueText value = read_value_text(hive, key, name);
+    if (value.outcome != ReadOutcome::Ok) {
         return std::nullopt;
     }
-    if (bytes->endsWith('\n')) {
-        bytes->chop(1);
-    }
-    return text_from_bytes(*bytes);
+    return std::move(value.text);
 }
 
 std::optional<qint64> Registry::read_number(Hive hive, const QString& key, const QString& name) const
@@ -268,6 +249,9 @@ QStringList Registry::entries(Hive hive, const QString& key, bool folders) const
         if (!name || ::fstatat(::dirfd(dir), entry->d_name, &info, 0) != 0) {
             continue;
         }
+        if (folders && !is_key_level(*name)) {
+            continue;
+        }
         if (folders ? S_ISDIR(info.st_mode) : S_ISREG(info.st_mode)) {
             found.append({name->toUtf8(), *name});
         }
@@ -307,6 +291,40 @@ QList<std::pair<QString, QString>> Registry::values(Hive hive, const QString& ke
         }
     }
     return result;
+}
+
+std::optional<qint64> parse_decimal(const QString& text)
+{
+    const QString trimmed = text.trimmed();
+    qsizetype position = 0;
+    bool negative = false;
+    if (position < trimmed.size() && (trimmed.at(position) == u'+' || trimmed.at(position) == u'-')) {
+        negative = trimmed.at(position) == u'-';
+        ++position;
+    }
+    if (position == trimmed.size()) {
+        return std::nullopt;
+    }
+    // Gathered as a negative number so that the most negative value fits too.
+    qint64 value = 0;
+    for (; position < trimmed.size(); ++position) {
+        const char16_t c = trimmed.at(position).unicode();
+        if (c < u'0' || c > u'9') {
+            return std::nullopt;
+        }
+        const int digit = c - u'0';
+        if (value < (std::numeric_limits<qint64>::min() + digit) / 10) {
+            return std::nullopt;
+        }
+        value = value * 10 - digit;
+    }
+    if (!negative) {
+        if (value == std::numeric_limits<qint64>::min()) {
+            return std::nullopt;
+        }
+        value = -value;
+    }
+    return value;
 }
 
 std::optional<Hive> parse_hive(const QString& text)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/files.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -50,7 +52,21 @@ public:
     // Removes the key with all its values and subkeys. True when it is gone afterwards.
     bool delete_key(Hive hive, const QString& key);
 
-    // A missing key or value reads as nullopt.
+    // A value file is read only when it is a regular file of at most this many bytes; anything else (a FIFO,
+    // a device, a huge file) is never waited for.
+    static constexpr qint64 kMaxValueBytes = 64 * 1024;
+
+    // A value's text, or why there is none: Missing, or a value file that cannot be read (NotRegular,
+    // TooLarge, Failed with error()).
+    struct ValueText
+    {
+        ReadOutcome outcome = ReadOutcome::Missing;
+        int error = 0;
+        QString text;
+    };
+    ValueText read_value_text(Hive hive, const QString& key, const QString& name) const;
+
+    // A missing key or value reads as nullopt, and so does one that cannot be read.
     std::optional<QString> read_text(Hive hive, const QString& key, const QString& name) const;
     // nullopt also when the value does not hold a decimal number.
     std::optional<qint64> read_number(Hive hive, const QString& key, const QString& name) const;
@@ -61,7 +77,9 @@ public:
     bool write_number(Hive hive, const QString& key, const QString& name, qint64 value);
     bool delete_value(Hive hive, const QString& key, const QString& name);
 
-    // Enumeration by index in byte order of the names; an index past the end gives an empty text.
+    // Enumeration by index in byte order of the names; an index past the end gives an empty text. A folder
+    // whose name cannot stand as one level of a key path (empty, or holding a slash or backslash) is not a
+    // subkey: it could never be opened by its name.
     QString subkey_at(Hive hive, const QString& key, int index) const;
     QStringList subkeys(Hive hive, const QString& key) const;
     QStringList value_names(Hive hive, const QString& key) const;
@@ -79,6 +97,9 @@ private:
 
     QString m_root;
 };
+
+// The number in a value's text: optional blanks around an optional sign and decimal digits, nothing else.
+std::optional<qint64> parse_decimal(const QString& text);
 
 // Parses "HKLM", "HKEY_LOCAL_MACHINE", "HKCU", "HKEY_CURRENT_USER" (any case).
 std::optional<Hive> parse_hive(const QString& text);

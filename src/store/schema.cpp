@@ -114,6 +114,15 @@ constexpr Table kGlobalTables[] = {
     {"cv_oncalltable", kOnCallTable}, {"cv_presets", kPresets},
 };
 
+// A table of this program's own, beside the old layout, so that classify and the conversions never ask for it.
+constexpr Column kIntakeFiles[] = {
+    {"cv_path", Kind::Memo},
+};
+
+constexpr Table kIntakeTables[] = {
+    {"cv_intake_files", kIntakeFiles},
+};
+
 constexpr Table kUserTables[] = {
     {"cv_settings", kSettings},
     {"cv_presets", kPresets},
@@ -476,7 +485,17 @@ void insert_default_presets(Database& db)
 
 void create_global_database(const QString& path)
 {
-    create_database(path, kGlobalTables, kGlobalIndexes, insert_global_rows);
+    create_database(path, kGlobalTables, kGlobalIndexes, [](Database& db) {
+        create_intake_files_table(db);
+        insert_global_rows(db);
+    });
+}
+
+void create_intake_files_table(Database& db)
+{
+    if (!db.table_exists(QString::fromLatin1(kIntakeTables[0].name))) {
+        create_tables(db, kIntakeTables);
+    }
 }
 
 void create_user_database(const QString& path)

@@ -18,6 +18,11 @@ inline constexpr int kDatabaseVersion = 501;
 void create_global_database(const QString& path);
 void create_user_database(const QString& path);
 
+// cv_intake_files: the drop files that the intake has entered as messages under a working name and not yet
+// removed, one row per file, its path in cv_path. New global files have it; the intake creates it in an
+// existing file where it is missing.
+void create_intake_files_table(Database& db);
+
 // Links the finished file temp_path to path unless path exists, and removes temp_path either way. True when
 // the file got there, false when another file stood at path already (it is left alone). Throws Error when
 // the link fails for another reason.

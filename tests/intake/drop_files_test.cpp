@@ -6,10 +6,13 @@
 #include "store/schema.h"
 #include "support/test_environment.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QSet>
+#include <QTimer>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -40,6 +43,31 @@ QByteArray read_bytes(const QString& path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
 }
+
+qint64 count_rows(const QString& db_path, const QString& table)
+{
+    store::Database db = store::Database::open(db_path);
+    store::Statement count = db.prepare(u"SELECT count(*) FROM "_s + table);
+    return count.step() ? count.integer(0).value_or(-1) : -1;
+}
+
+// Runs `watch` whenever the intake yields to the event loop: the moments between its steps.
+class YieldWatcher
+{
+public:
+    explicit YieldWatcher(std::function<void()> watch)
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, std::move(watch));
+        m_timer.start(0);
+    }
+
+private:
+    static inline int s_argc = 1;
+    static inline char s_name[] = "test_intake";
+    static inline char* s_argv[] = {s_name, nullptr};
+    QCoreApplication m_app{s_argc, s_argv};
+    QTimer m_timer;
+};
 
 class DropFilesTest : public ::testing::Test
 {
@@ -79,16 +107,20 @@ protected:
     QString write_drop(const QString& folder, const QString& name, const QByteArray& content,
                        qint64 age_ms = 3600 * 1000)
     {
-        const QString path = folder + name;
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(content);
-        file.close();
+        write_drop_bytes(QFile::encodeName(folder + name), content, age_ms);
+        return folder + name;
+    }
+
+    void write_drop_bytes(const QByteArray& path, const QByteArray& content, qint64 age_ms = 3600 * 1000)
+    {
+        const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        ASSERT_GE(fd, 0);
+        EXPECT_EQ(::write(fd, content.constData(), static_cast<size_t>(content.size())), content.size());
+        ::close(fd);
         const qint64 changed = env.clock.now().toMSecsSinceEpoch() - age_ms;
         const timespec times[2] = {{changed / 1000, (changed % 1000) * 1000000},
                                    {changed / 1000, (changed % 1000) * 1000000}};
-        EXPECT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
-        return path;
+        EXPECT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
     }
 
     QList<Row> rows()
@@ -124,12 +156,6 @@ protected:
 
 TEST_F(DropFilesTest, AGoodFileBecomesOneWaitingRowAndIsDeleted)
 {
-    const QByteArray long_line(1000, 'y');
-    QByteArray huge = "bob\nops\n";
-    for (int line = 0; line < 7000; ++line) {
-        huge += long_line + '\n';
-    }
-    const QString y_line = QString(1000, u'y') + u"\r\n"_s;
     const struct
     {
         QByteArray content;
@@ -157,8 +183,11 @@ TEST_F(DropFilesTest, AGoodFileBecomesOneWaitingRowAndIsDeleted)
          u"bob"_s, u"Grüße"_s, u"Käse €\r\n"_s, u"tapnet"_s}, // UTF-8
         // Over 6000 characters: cut, and the blanks the cut leaves at the end trimmed.
         {"bob\nops\n" + QByteArray(5998, 'x') + "     tail\n", u"bob"_s, u"ops"_s, QString(5998, u'x'), u"tapnet"_s},
-        // A huge file: only the first 6000 characters of the body count.
-        {huge, u"bob"_s, u"ops"_s, y_line.repeated(5) + QString(990, u'y'), u"tapnet"_s},
+        // The largest file that is read: only the first 6000 characters of the body count.
+        {"bob\nops\n" + QByteArray(kMaxDropFileBytes - 8, 'y'), u"bob"_s, u"ops"_s, QString(6000, u'y'), u"tapnet"_s},
+        {"\xEF\xBB\xBF"
+         "bob\nops\nmarked\n",
+         u"bob"_s, u"ops"_s, u"marked\r\n"_s, u"tapnet"_s}, // a UTF-8 byte order mark is dropped
     };
     QSet<qint64> transactions;
     int index = 0;
@@ -201,6 +230,7 @@ TEST_F(DropFilesTest, ALatin1FileIsReadAsLatin1)
 
 TEST_F(DropFilesTest, BothFoldersAreTakenProgramFolderFirst)
 {
+    state->global_db.exec(u"DROP TABLE cv_intake_files"_s); // a file made before the table existed
     const QString in_program = write_drop(state->program_folder, u"msg.asc"_s, "bob\nops\nfrom program\n");
     const QString in_global = write_drop(state->global_db_folder, u"msg.asc"_s, "bob\nops\nfrom global\n");
     const QString upper = write_drop(state->global_db_folder, u"OTHER.ASC"_s, "bob\nops\nupper case\n");
@@ -247,6 +277,7 @@ TEST_F(DropFilesTest, ARefusedFileIsRenamedBadReplacingAnOlderOne)
         {"an apostrophe is looked up as a comma", "o'neil\nops\nhello\n"},
         {"lines are not trimmed", "bob \nops\nhello\n"},
         {"binary", binary},
+        {"larger than the cap", "bob\nops\n" + QByteArray(kMaxDropFileBytes - 7, 'y')},
     };
     int index = 0;
     for (const auto& c : cases) {
@@ -260,6 +291,77 @@ TEST_F(DropFilesTest, ARefusedFileIsRenamedBadReplacingAnOlderOne)
     check_for_files(*state); // the .bad files are not tried again
     EXPECT_EQ(rows().size(), 0);
     EXPECT_EQ(QDir(state->global_db_folder).entryList({u"*.bad"_s}, QDir::Files).size(), index);
+}
+
+TEST_F(DropFilesTest, NamesAreTheFileSystemsBytesAndOnlyRegularFilesAreRead)
+{
+    const QByteArray folder = QFile::encodeName(state->global_db_folder);
+    const auto at = [&](const char* name) -> QByteArray { return folder + name; };
+    write_drop_bytes(at("caf\xe9.asc"), "bob\nops\nlatin-1 name\n");
+    write_drop_bytes(at("\xff\xfe.asc"), "nobody\nops\nunknown\n");
+    ASSERT_EQ(::mkfifo(at("fifo.asc").constData(), 0600), 0);
+    ASSERT_EQ(::symlink("/dev/zero", at("zero.asc").constData()), 0);
+
+    check_for_files(*state);
+    EXPECT_EQ(messages(), QStringList{u"latin-1 name\r\n"_s});
+    const auto type_of = [&](const char* name) {
+        struct stat info = {};
+        return ::lstat(at(name).constData(), &info) == 0 ? info.st_mode & S_IFMT : 0;
+    };
+    EXPECT_EQ(type_of("caf\xe9.asc"), 0u);
+    EXPECT_EQ(type_of("\xff\xfe.asc.bad"), static_cast<mode_t>(S_IFREG));
+    EXPECT_EQ(type_of("fifo.asc.bad"), static_cast<mode_t>(S_IFIFO)); // set aside unread, as it was
+    EXPECT_EQ(type_of("zero.asc.bad"), static_cast<mode_t>(S_IFLNK));
+}
+
+TEST_F(DropFilesTest, ATickCommitsItsFilesTogether)
+{
+    for (const QString& name : {u"a.asc"_s, u"b.asc"_s, u"c.asc"_s}) {
+        write_drop(state->program_folder, name, "bob\nops\n" + name.toUtf8() + '\n');
+    }
+    QSet<qint64> seen; // the committed rows another process sees between the intake's steps
+    {
+        YieldWatcher watcher([&] { seen.insert(count_rows(global_db_path(*state), u"cv_messages"_s)); });
+        check_for_files(*state);
+    }
+    EXPECT_EQ(seen, (QSet<qint64>{0, 3}));
+    EXPECT_EQ(messages().size(), 3);
+}
+
+TEST_F(DropFilesTest, AFileIsTakenExactlyOnceWhereverTheProgramIsKilled)
+{
+    const struct
+    {
+        const char* moment;
+        bool committed;
+    } moments[] = {{"after its row was committed", true}, {"after it was renamed, before the commit", false}};
+    const QString db_path = global_db_path(*state);
+    for (const auto& m : moments) {
+        SCOPED_TRACE(m.moment);
+        const QString path = write_drop(state->program_folder, u"once.asc"_s, "bob\nops\nonce\n");
+        const qint64 before = rows().size();
+        state->global_db.close();
+        const pid_t child = ::fork();
+        if (child == 0) {
+            state->global_db = store::Database::open(db_path);
+            YieldWatcher watcher([&] {
+                const bool committed = count_rows(db_path, u"cv_messages"_s) > before;
+                if (m.committed ? committed : !committed && !QFile::exists(path)) {
+                    ::_exit(9);
+                }
+            });
+            check_for_files(*state);
+            ::_exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(WEXITSTATUS(status), 9) << "the moment never came";
+        state->global_db = store::Database::open(db_path);
+        check_for_files(*state); // the next start
+        EXPECT_EQ(rows().size(), before + 1);
+        EXPECT_EQ(QDir(state->program_folder).entryList(QDir::Files), QStringList());
+        EXPECT_EQ(count_rows(db_path, u"cv_intake_files"_s), 0);
+    }
 }
 
 // How another program may hold a drop file while it writes it.

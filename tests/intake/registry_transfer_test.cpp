@@ -8,7 +8,10 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -261,6 +264,53 @@ TEST_F(RegistryTransferTest, AtMostEverySecondReadyMessageIsTakenPerTick)
     EXPECT_TRUE(pending().isEmpty());
     EXPECT_EQ(rows().first().carrier, u"mailnet"_s);
     EXPECT_EQ(rows().first().sender, QString()); // a sender may be empty
+}
+
+TEST_F(RegistryTransferTest, AnyNameOfASubkeyIsTakenOrPassedOverAlone)
+{
+    const QStringList odd{u"%"_s, u"50%"_s, u"job 1"_s, u"ünï"_s, u"h1"_s, u"h2"_s, u"h3"_s};
+    for (const QString& name : odd) {
+        write_message(name, u"alice"_s, QString(), name);
+    }
+    // Folders renamed by hand to names no key path can reach: the lone "%", "%2F" and a backslash.
+    const QString folder = registry().key_folder(kHive, messages_key()) + u'/';
+    const QStringList hand_made{u"%"_s, u"x%2Fy"_s, u"a\\b"_s};
+    for (int i = 0; i < hand_made.size(); ++i) {
+        ASSERT_TRUE(QDir().rename(folder + odd.at(4 + i), folder + hand_made.at(i)));
+    }
+    for (int tick = 0; tick < 4; ++tick) {
+        check_registry(*state);
+    }
+    QStringList taken = row_messages();
+    taken.sort();
+    EXPECT_EQ(taken, odd.mid(0, 4)); // in byte order already
+    for (const QString& name : hand_made) {
+        EXPECT_TRUE(QDir(folder + name).exists()) << name.toStdString();
+    }
+}
+
+TEST_F(RegistryTransferTest, AValueThatCannotBeReadIsNamedAndItsSubkeyPassedOver)
+{
+    for (const QString& name : {u"a-fifo"_s, u"b-device"_s, u"c-huge"_s, u"d-good"_s}) {
+        write_message(name, u"alice"_s, QString(), name);
+    }
+    const QString folder = registry().key_folder(kHive, messages_key()) + u'/';
+    const QByteArray fifo = QFile::encodeName(folder + u"a-fifo/Message"_s);
+    ASSERT_TRUE(QFile::remove(QFile::decodeName(fifo)) && ::mkfifo(fifo.constData(), 0600) == 0);
+    ASSERT_TRUE(QFile::remove(folder + u"b-device/Ready"_s) &&
+                QFile::link(u"/dev/zero"_s, folder + u"b-device/Ready"_s));
+    registry().write_text(kHive, messages_key() + u"\\c-huge"_s, u"To"_s, QString(64 * 1024 + 1, u'a'));
+
+    ::testing::internal::CaptureStderr();
+    check_registry(*state);
+    const QString said = QString::fromStdString(::testing::internal::GetCapturedStderr());
+    EXPECT_EQ(row_messages(), QStringList{u"d-good"_s});
+    EXPECT_EQ(pending(), (QStringList{u"a-fifo"_s, u"b-device"_s, u"c-huge"_s}));
+    const QStringList lines = said.split(u'\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 3) << said.toStdString();
+    EXPECT_TRUE(lines[0].contains(u"a-fifo\\Message"_s)) << lines[0].toStdString();
+    EXPECT_TRUE(lines[1].contains(u"b-device\\Ready"_s)) << lines[1].toStdString();
+    EXPECT_TRUE(lines[2].contains(u"c-huge\\To"_s)) << lines[2].toStdString();
 }
 
 } // namespace

@@ -196,6 +196,29 @@ TEST_F(FilesTest, AtomicWriteReplacesWholeOrNotAtAll)
     EXPECT_FALSE(read_file_bytes(path(u"folder"_s)).has_value());
 }
 
+TEST_F(FilesTest, OnlyRegularFilesAreReadAndOnlyUpToTheCap)
+{
+    write_plain(path(u"five"_s), "12345");
+    QDir(m_dir.path()).mkdir(u"folder"_s);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"fifo"_s)).constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link(u"/dev/zero"_s, path(u"zero"_s)));
+    const struct
+    {
+        QString name;
+        qint64 cap;
+        ReadOutcome outcome;
+    } cases[] = {
+        {u"five"_s, 5, ReadOutcome::Ok},         {u"five"_s, 4, ReadOutcome::TooLarge},
+        {u"missing"_s, 5, ReadOutcome::Missing}, {u"folder"_s, 5, ReadOutcome::NotRegular},
+        {u"fifo"_s, 5, ReadOutcome::NotRegular}, {u"zero"_s, 5, ReadOutcome::NotRegular},
+    };
+    for (const auto& c : cases) {
+        const CappedRead read = read_regular_file(QFile::encodeName(path(c.name)), c.cap);
+        EXPECT_EQ(read.outcome, c.outcome) << c.name.toStdString() << " " << c.cap;
+        EXPECT_EQ(read.bytes, c.outcome == ReadOutcome::Ok ? QByteArray("12345") : QByteArray());
+    }
+}
+
 TEST(TextFromBytes, ReadsUtf8AndFallsBackToLatin1)
 {
     struct Case

@@ -197,6 +197,9 @@ TEST_F(RegistryTest, EnumerationIsInByteOrderAndSeparatesSubkeysFromValues)
     write_by_hand(u".cvdtmp-abandoned"_s, "half");
     write_by_hand(u"%41"_s, "not ours");
     QDir(folder()).mkdir(u".git"_s);
+    for (const QString& unreachable : {u"%"_s, u"x%2Fy"_s, u"x\\y"_s}) { // no key path can name these
+        QDir(folder()).mkdir(unreachable);
+    }
 
     EXPECT_EQ(m_registry.subkeys(Hive::LocalMachine, kKey), byte_order);
     for (int i = 0; i < byte_order.size(); ++i) {

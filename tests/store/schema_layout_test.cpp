@@ -102,8 +102,11 @@ const ExpectedTable kPresets{u"cv_presets"_s,
                               {u"cv_recipient"_s, Kind::Text, 40},
                               {u"cv_message"_s, Kind::Text, 255}}};
 
-const std::vector<ExpectedTable> kGlobalTables = {kMessages, kRecipients, kCarriers, kSettings,
-                                                  kCounters, kGroups,     kOnCall,   kPresets};
+// The intake's own record of the drop files it is taking, after the old layout.
+const ExpectedTable kIntakeFiles{u"cv_intake_files"_s, {{u"cv_path"_s, Kind::Memo}}};
+
+const std::vector<ExpectedTable> kGlobalTables = {kMessages, kRecipients, kCarriers, kSettings,   kCounters,
+                                                  kGroups,   kOnCall,     kPresets,  kIntakeFiles};
 const std::vector<ExpectedTable> kUserTables = {kSettings, kPresets};
 
 QString declared_type(const ExpectedColumn& column)
