@@ -5,15 +5,6 @@
 
 namespace cvd::addressbook {
 
-QStringList carrier_column_names()
-{
-    return {QStringLiteral("cv_name"),          QStringLiteral("cv_phone_number"), QStringLiteral("cv_modem_settings"),
-            QStringLiteral("cv_maxchars"),      QStringLiteral("cv_init_string"),  QStringLiteral("cv_retries"),
-            QStringLiteral("cv_message_limit"), QStringLiteral("cv_dial_type"),    QStringLiteral("cv_auth_type"),
-            QStringLiteral("cv_auth_user"),     QStringLiteral("cv_auth_pass"),    QStringLiteral("cv_relay_mail"),
-            QStringLiteral("cv_relay_server"),  QStringLiteral("cv_priority")};
-}
-
 namespace {
 
 struct ProtocolNames

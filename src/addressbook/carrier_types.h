@@ -30,9 +30,6 @@ struct CarrierRow
     bool operator==(const CarrierRow&) const = default;
 };
 
-// The columns of cv_carriers in table order, the order in which an insert lists them.
-QStringList carrier_column_names();
-
 // The nine protocols in the order of the protocol lists, which is also the order of the dialog's main tabs.
 enum class Protocol { Fax, FaxSrv, Gsmat, Smtp, Snpp, Tap, Tone, Ucp, Wctp };
 inline constexpr int protocol_count = 9;

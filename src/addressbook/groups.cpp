@@ -4,6 +4,7 @@
 #include "core/error_path.h"
 #include "core/text.h"
 #include "store/database.h"
+#include "store/tables.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -17,6 +18,18 @@ const QString kEditProcedure = u"Procedure: edit_group command11"_s;
 const QString kDeleteProcedure = u"Procedure: list_groups load"_s;
 const QString kMaintLoadProcedure = u"Procedure: group_maint load"_s;
 const QString kMaintProcedure = u"Procedure: group_maint command3"_s;
+const QString kAddLoadProcedure = u"Procedure: add_group load"_s;
+const QString kListProcedure = u"Procedure: list_groups activate"_s;
+const QString kMembersProcedure = u"Procedure: frmGroupMembers load"_s;
+
+namespace recipients = store::tables::recipients;
+namespace groups = store::tables::groups;
+namespace on_call = store::tables::on_call;
+
+QString where_name(store::tables::Name table, store::tables::Name column)
+{
+    return table % u" WHERE ("_s % column % u" = ?1)"_s;
+}
 
 const QString kMarkAfter = u" (G)"_s;
 const QString kMarkBefore = u"(G) "_s;
@@ -46,12 +59,15 @@ void update_group(store::Database& db, const QString& name, bool loaded_on_call,
 {
     store::Transaction transaction(db);
     if (loaded_on_call && !entry.on_call) {
-        store::Statement roster = db.prepare(u"DELETE FROM cv_oncalltable WHERE (cv_group = ?1)"_s);
+        store::Statement roster = db.prepare(u"DELETE FROM "_s % where_name(on_call::table, on_call::group));
         roster.bind(1, name);
         roster.exec();
     }
-    store::Statement update = db.prepare(u"UPDATE cv_recipients SET cv_full_name = ?2, cv_on_call = ?3, "
-                                         "cv_extra1 = ?4, cv_extra2 = ?5 WHERE (cv_name = ?1)"_s);
+    store::Statement update =
+        db.prepare(u"UPDATE "_s % recipients::table % u" SET "_s %
+                   store::tables::assignments(
+                       {recipients::full_name, recipients::on_call, recipients::extra1, recipients::extra2}, 2) %
+                   u" WHERE ("_s % recipients::name % u" = ?1)"_s);
     update.bind(1, name)
         .bind(2, entry.description)
         .bind_bool(3, entry.on_call)
@@ -68,10 +84,10 @@ std::optional<Notice> delete_group_rows(store::Database& db, const QString& name
         // The table's name stands in the text: operators know the box by it.
         return Notice{u"A group can not be deleted if there are cv_messages pending for it"_s, u"Unable to Delete"_s};
     }
-    store::Statement recipient = db.prepare(u"DELETE FROM cv_recipients WHERE (cv_name = ?1)"_s);
+    store::Statement recipient = db.prepare(u"DELETE FROM "_s % where_name(recipients::table, recipients::name));
     recipient.bind(1, name);
     recipient.exec();
-    store::Statement members = db.prepare(u"DELETE FROM cv_groups WHERE (cv_group = ?1)"_s);
+    store::Statement members = db.prepare(u"DELETE FROM "_s % where_name(groups::table, groups::group));
     members.bind(1, name);
     members.exec();
     transaction.commit();
@@ -80,12 +96,13 @@ std::optional<Notice> delete_group_rows(store::Database& db, const QString& name
 
 MemberLists read_member_lists(store::Database& db, const QString& group, bool label_after)
 {
-    store::Statement candidates =
-        db.prepare(u"SELECT cv_name, cv_full_name, cv_group FROM cv_recipients "
-                   "WHERE (cv_ad_hoc = 0 OR cv_ad_hoc IS NULL) AND (cv_name <> ?1) ORDER BY rowid"_s);
+    store::Statement candidates = db.prepare(
+        u"SELECT "_s % store::tables::column_list({recipients::name, recipients::full_name, recipients::group}) %
+        u" FROM "_s % recipients::table % u" WHERE ("_s % store::tables::is_false(recipients::ad_hoc) % u") AND ("_s %
+        recipients::name % u" <> ?1) ORDER BY rowid"_s);
     candidates.bind(1, group);
-    store::Statement membership =
-        db.prepare(u"SELECT 1 FROM cv_groups WHERE (cv_group = ?1 AND cv_recipient = ?2) LIMIT 1"_s);
+    store::Statement membership = db.prepare(u"SELECT 1 FROM "_s % groups::table % u" WHERE ("_s % groups::group %
+                                             u" = ?1 AND "_s % groups::recipient % u" = ?2) LIMIT 1"_s);
     MemberLists lists;
     while (candidates.step()) {
         const QString text = group_mark_text(text_column(candidates, 1), candidates.flag(2), label_after);
@@ -99,12 +116,14 @@ MemberLists read_member_lists(store::Database& db, const QString& group, bool la
 void replace_members(store::Database& db, const QString& group, const QStringList& entries, bool label_after)
 {
     store::Transaction transaction(db);
-    store::Statement clear = db.prepare(u"DELETE FROM cv_groups WHERE (cv_group = ?1)"_s);
+    store::Statement clear = db.prepare(u"DELETE FROM "_s % where_name(groups::table, groups::group));
     clear.bind(1, group);
     clear.exec();
     store::Statement lookup =
-        db.prepare(u"SELECT cv_name FROM cv_recipients WHERE (cv_full_name = ?1) ORDER BY rowid LIMIT 1"_s);
-    store::Statement insert = db.prepare(u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES (?1, ?2)"_s);
+        db.prepare(u"SELECT "_s % recipients::name % u" FROM "_s %
+                   where_name(recipients::table, recipients::full_name) % u" ORDER BY rowid LIMIT 1"_s);
+    store::Statement insert = db.prepare(u"INSERT INTO "_s % groups::table % u" ("_s %
+                                         store::tables::column_list(groups::all) % u") VALUES (?1, ?2)"_s);
     for (const QString& entry : entries) {
         lookup.reset();
         lookup.bind(1, without_group_mark(entry, label_after));
@@ -116,6 +135,24 @@ void replace_members(store::Database& db, const QString& group, const QStringLis
         insert.exec();
     }
     transaction.commit();
+}
+
+QStringList read_member_names(store::Database& db, const QString& group)
+{
+    store::Statement members = db.prepare(u"SELECT "_s % groups::recipient % u" FROM "_s %
+                                          where_name(groups::table, groups::group) % u" ORDER BY rowid"_s);
+    members.bind(1, group);
+    store::Statement name = db.prepare(u"SELECT "_s % recipients::full_name % u" FROM "_s %
+                                       where_name(recipients::table, recipients::name));
+    QStringList names;
+    while (members.step()) {
+        name.reset();
+        name.bind(1, text_column(members, 0));
+        if (name.step()) {
+            names.append(text_column(name, 0));
+        }
+    }
+    return names;
 }
 
 } // namespace
@@ -160,9 +197,13 @@ std::optional<Notice> refuse_add_group_window(bool any_recipient)
     return Notice{u"At Least One Recipient Must Be Setup First"_s, u"No Recipients"_s};
 }
 
-bool any_recipient(store::Database& db)
+std::optional<Notice> add_group_window_refusal(AppState& state)
 {
-    return db.prepare(u"SELECT 1 FROM cv_recipients LIMIT 1"_s).step();
+    state.clear_error_counters();
+    const bool any = with_retry(state, kAddLoadProcedure, [&] {
+        return state.global_db.prepare(u"SELECT 1 FROM "_s % recipients::table % u" LIMIT 1"_s).step();
+    });
+    return refuse_add_group_window(any);
 }
 
 GroupApplyOutcome add_group(AppState& state, const GroupEntry& entry)
@@ -222,9 +263,10 @@ std::optional<Notice> edit_group(AppState& state, const QString& name, bool load
     return std::nullopt;
 }
 
-QList<RecipientListEntry> list_groups(store::Database& db)
+QList<RecipientListEntry> list_groups(AppState& state)
 {
-    return list_recipient_rows(db, true);
+    state.clear_error_counters();
+    return with_retry(state, kListProcedure, [&] { return list_recipient_rows(state.global_db, true); });
 }
 
 GroupListCaptions group_list_captions(GroupListMode mode)
@@ -278,20 +320,10 @@ void apply_group_members(AppState& state, const QString& group, const QStringLis
     with_retry(state, kMaintProcedure, [&] { replace_members(state.global_db, group, member_entries, label_after); });
 }
 
-QStringList group_member_names(store::Database& db, const QString& group)
+QStringList group_member_names(AppState& state, const QString& group)
 {
-    store::Statement members = db.prepare(u"SELECT cv_recipient FROM cv_groups WHERE (cv_group = ?1) ORDER BY rowid"_s);
-    members.bind(1, group);
-    store::Statement name = db.prepare(u"SELECT cv_full_name FROM cv_recipients WHERE (cv_name = ?1)"_s);
-    QStringList names;
-    while (members.step()) {
-        name.reset();
-        name.bind(1, text_column(members, 0));
-        if (name.step()) {
-            names.append(text_column(name, 0));
-        }
-    }
-    return names;
+    state.clear_error_counters();
+    return with_retry(state, kMembersProcedure, [&] { return read_member_names(state.global_db, group); });
 }
 
 QString group_members_caption(const QString& group_text)

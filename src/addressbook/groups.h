@@ -12,10 +12,6 @@ namespace cvd {
 
 struct AppState;
 
-namespace store {
-class Database;
-}
-
 namespace addressbook {
 
 // A message box with one OK button, as the group windows show it.
@@ -48,7 +44,8 @@ RecipientRow group_row(const GroupEntry& entry);
 
 // The add window refuses to open while cv_recipients holds no row at all.
 std::optional<Notice> refuse_add_group_window(bool any_recipient);
-bool any_recipient(store::Database& db);
+// The same asked of state.global_db ("Procedure: add_group load").
+std::optional<Notice> add_group_window_refusal(AppState& state);
 
 // Apply of add_group against state.global_db ("Procedure: add_group command1"). The short name comes back as
 // the box shows it afterwards: quotes before the first refused character become grave accents.
@@ -68,8 +65,8 @@ std::optional<GroupEntry> load_group(AppState& state, const QString& name);
 // transaction. nullopt when stored; a refusal closes the window without storing.
 std::optional<Notice> edit_group(AppState& state, const QString& name, bool loaded_on_call, const GroupEntry& entry);
 
-// The groups by full name, as list_groups shows them.
-QList<RecipientListEntry> list_groups(store::Database& db);
+// The groups by full name, as list_groups shows them ("Procedure: list_groups activate").
+QList<RecipientListEntry> list_groups(AppState& state);
 
 enum class GroupListMode { Edit, Members, Delete };
 struct GroupListCaptions
@@ -106,8 +103,9 @@ MemberLists group_maint_lists(AppState& state, const QString& group, bool label_
 // that names no recipient any more is left out.
 void apply_group_members(AppState& state, const QString& group, const QStringList& member_entries, bool label_after);
 
-// frmGroupMembers: the members' full names in row order; a member row without recipient is skipped.
-QStringList group_member_names(store::Database& db, const QString& group);
+// frmGroupMembers: the members' full names in row order; a member row without recipient is skipped
+// ("Procedure: frmGroupMembers load").
+QStringList group_member_names(AppState& state, const QString& group);
 QString group_members_caption(const QString& group_text);
 
 } // namespace addressbook

@@ -5,8 +5,10 @@
 #include "core/error_path.h"
 #include "core/text.h"
 #include "store/database.h"
+#include "store/tables.h"
 
 #include <algorithm>
+#include <array>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -15,6 +17,12 @@ namespace cvd::addressbook {
 namespace {
 
 const QString kFilterProcedure = u"frmInfo btnFilter"_s;
+const QString kListProcedure = u"Procedure: show_users"_s;
+
+namespace recipients = store::tables::recipients;
+
+// What a label is made of, in the order label_of reads it.
+constexpr std::array kLabelColumns{recipients::name, recipients::full_name, recipients::group, recipients::ad_hoc};
 
 const QString kAdHocAfter = u" (A)"_s;
 const QString kAdHocBefore = u"(A) "_s;
@@ -35,15 +43,46 @@ QString label_of(const store::Statement& row, bool label_after)
 struct FilterBox
 {
     const QString PickerFilter::*text;
-    QString column;
+    store::tables::Name column;
 };
 
 const FilterBox kFilterBoxes[] = {
-    {&PickerFilter::full_name, u"cv_full_name"_s},
-    {&PickerFilter::short_name, u"cv_name"_s},
-    {&PickerFilter::extra1, u"cv_extra1"_s},
-    {&PickerFilter::extra2, u"cv_extra2"_s},
+    {&PickerFilter::full_name, recipients::full_name},
+    {&PickerFilter::short_name, recipients::name},
+    {&PickerFilter::extra1, recipients::extra1},
+    {&PickerFilter::extra2, recipients::extra2},
 };
+
+// Every row of cv_recipients as the unpicked list shows it, in the list's order.
+QList<PickerEntry> read_picker_entries(store::Database& db, bool label_after)
+{
+    store::Statement query = db.prepare(u"SELECT "_s % store::tables::column_list(kLabelColumns) % u", "_s %
+                                        recipients::priority % u" FROM "_s % recipients::table);
+    QList<PickerEntry> entries;
+    while (query.step()) {
+        const QString priority = query.is_null(4) ? QString() : trim_blanks(text_column(query, 4));
+        entries.append({label_of(query, label_after), text_column(query, 0), priority});
+    }
+    sort_picker_entries(entries);
+    return entries;
+}
+
+// The rows the filter lets through, in the list's order. The filter does not read the priority.
+QList<PickerEntry> read_filtered_entries(store::Database& db, const PickerFilter& filter, bool label_after)
+{
+    const FilterCondition condition = filter_condition(filter);
+    store::Statement query = db.prepare(u"SELECT "_s % store::tables::column_list(kLabelColumns) % u" FROM "_s %
+                                        recipients::table % u" WHERE "_s % condition.sql);
+    for (qsizetype i = 0; i < condition.values.size(); ++i) {
+        query.bind(static_cast<int>(i + 1), condition.values.at(i));
+    }
+    QList<PickerEntry> entries;
+    while (query.step()) {
+        entries.append({label_of(query, label_after), text_column(query, 0), QString()});
+    }
+    sort_picker_entries(entries);
+    return entries;
+}
 
 } // namespace
 
@@ -88,19 +127,6 @@ void sort_picker_entries(QList<PickerEntry>& entries)
     });
 }
 
-QList<PickerEntry> read_picker_entries(store::Database& db, bool label_after)
-{
-    store::Statement query =
-        db.prepare(u"SELECT cv_name, cv_full_name, cv_group, cv_ad_hoc, cv_priority FROM cv_recipients"_s);
-    QList<PickerEntry> entries;
-    while (query.step()) {
-        const QString priority = query.is_null(4) ? QString() : trim_blanks(text_column(query, 4));
-        entries.append({label_of(query, label_after), text_column(query, 0), priority});
-    }
-    sort_picker_entries(entries);
-    return entries;
-}
-
 QString like_pattern(const QString& text)
 {
     QString pattern = u"%"_s;
@@ -136,20 +162,10 @@ FilterCondition filter_condition(const PickerFilter& filter)
     return condition;
 }
 
-QList<PickerEntry> read_filtered_entries(store::Database& db, const PickerFilter& filter, bool label_after)
+QList<PickerEntry> picker_entries(AppState& state, bool label_after)
 {
-    const FilterCondition condition = filter_condition(filter);
-    store::Statement query =
-        db.prepare(u"SELECT cv_name, cv_full_name, cv_group, cv_ad_hoc FROM cv_recipients WHERE "_s + condition.sql);
-    for (qsizetype i = 0; i < condition.values.size(); ++i) {
-        query.bind(static_cast<int>(i + 1), condition.values.at(i));
-    }
-    QList<PickerEntry> entries;
-    while (query.step()) {
-        entries.append({label_of(query, label_after), text_column(query, 0), QString()});
-    }
-    sort_picker_entries(entries);
-    return entries;
+    state.clear_error_counters();
+    return with_retry(state, kListProcedure, [&] { return read_picker_entries(state.global_db, label_after); });
 }
 
 QList<PickerEntry> filter_recipients(AppState& state, const PickerFilter& filter, bool label_after)

@@ -9,10 +9,6 @@ namespace cvd {
 
 struct AppState;
 
-namespace store {
-class Database;
-}
-
 namespace addressbook {
 
 // The label of a recipient row in the pick lists and wherever recipients are picked by full name: the trimmed
@@ -37,8 +33,9 @@ struct PickerEntry
 // The order the list keeps; stable, so equal entries stay in the order they were read.
 void sort_picker_entries(QList<PickerEntry>& entries);
 
-// Every row of cv_recipients as the unpicked list shows it, in the list's order.
-QList<PickerEntry> read_picker_entries(store::Database& db, bool label_after);
+// Every row of cv_recipients as the unpicked list shows it, in the list's order, read from state.global_db
+// ("Procedure: show_users"). A null flag reads as false, so every row is listed.
+QList<PickerEntry> picker_entries(AppState& state, bool label_after);
 
 // The four boxes of the filter window, as typed.
 struct PickerFilter
@@ -65,10 +62,8 @@ FilterCondition filter_condition(const PickerFilter& filter);
 // The LIKE pattern of one box's trimmed text, with '\' as the escape character.
 QString like_pattern(const QString& text);
 
-// The rows the filter lets through, in the list's order. The filter does not read the priority.
-QList<PickerEntry> read_filtered_entries(store::Database& db, const PickerFilter& filter, bool label_after);
-
-// The same against state.global_db, with database failures taking the common error path ("frmInfo btnFilter").
+// The rows the filter lets through, in the list's order, read from state.global_db with database failures
+// taking the common error path ("frmInfo btnFilter"). The filter does not read the priority.
 // An empty result means the window shows its notice and the whole list is rebuilt.
 QList<PickerEntry> filter_recipients(AppState& state, const PickerFilter& filter, bool label_after);
 

@@ -4,6 +4,7 @@
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "store/database.h"
+#include "store/tables.h"
 
 #include <algorithm>
 
@@ -15,9 +16,13 @@ namespace {
 
 const QString kLoadProcedure = u"Procedure: load_presets"_s;
 
+namespace presets = store::tables::presets;
+
 // In insertion order, so that "the first row" is the first one the table was given.
 const QString kSelectPresets =
-    u"SELECT cv_index, cv_description, cv_recipient, cv_message FROM cv_presets ORDER BY cv_id"_s;
+    u"SELECT "_s %
+    store::tables::column_list({presets::index, presets::description, presets::recipient, presets::message}) %
+    u" FROM "_s % presets::table % u" ORDER BY "_s % presets::id;
 
 struct ReadResult
 {
@@ -54,8 +59,10 @@ ReadResult read_presets(store::Database& db, const PresetTable& base)
 void write_presets(store::Database& db, const PresetTable& table)
 {
     store::Transaction transaction(db);
-    store::Statement update = db.prepare(
-        u"UPDATE cv_presets SET cv_description = ?1, cv_recipient = ?2, cv_message = ?3 WHERE (cv_index = ?4)"_s);
+    store::Statement update =
+        db.prepare(u"UPDATE "_s % presets::table % u" SET "_s %
+                   store::tables::assignments({presets::description, presets::recipient, presets::message}) %
+                   u" WHERE ("_s % presets::index % u" = ?4)"_s);
     for (int index = 1; index <= kPresetCount; ++index) {
         const Preset& preset = table.at(index);
         update.bind(1, preset.description).bind(2, preset.message).bind(3, preset.recipient).bind(4, index);

@@ -3,6 +3,9 @@
 #include "core/app_state.h"
 #include "core/error_path.h"
 #include "store/database.h"
+#include "store/tables.h"
+
+#include <array>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -12,8 +15,20 @@ namespace {
 
 const QString kApplyProcedure = u"Procedure: frmAddRecipient apply"_s;
 const QString kDeleteProcedure = u"Procedure: list_recipients load"_s;
+const QString kListProcedure = u"Procedure: list_recipients activate"_s;
 
-// Binds the row's columns to ?1 .. ?15 in the order of the insert's column list.
+namespace recipients = store::tables::recipients;
+namespace groups = store::tables::groups;
+namespace messages = store::tables::messages;
+
+// The columns bind_row binds, in its order.
+constexpr std::array kRowColumns{recipients::name,         recipients::full_name,   recipients::id,
+                                 recipients::ad_hoc,       recipients::group,       recipients::carrier,
+                                 recipients::maxchars,     recipients::priority,    recipients::drop_control,
+                                 recipients::send_subject, recipients::remove_from, recipients::alpha,
+                                 recipients::extra1,       recipients::extra2,      recipients::on_call};
+
+// Binds the row's columns to ?1 .. ?15 in the order of kRowColumns.
 void bind_row(store::Statement& statement, const RecipientRow& row)
 {
     statement.bind(1, row.name)
@@ -47,7 +62,8 @@ QString text_column(const store::Statement& statement, int column)
 
 bool recipient_name_exists(store::Database& db, const QString& name)
 {
-    store::Statement query = db.prepare(u"SELECT 1 FROM cv_recipients WHERE cv_name = ?1 LIMIT 1"_s);
+    store::Statement query =
+        db.prepare(u"SELECT 1 FROM "_s % recipients::table % u" WHERE "_s % recipients::name % u" = ?1 LIMIT 1"_s);
     query.bind(1, name);
     return query.step();
 }
@@ -58,10 +74,9 @@ bool add_recipient(store::Database& db, const RecipientRow& row)
     if (recipient_name_exists(db, row.name)) {
         return false;
     }
-    store::Statement insert = db.prepare(
-        u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_id, cv_ad_hoc, cv_group, cv_carrier, cv_maxchars, "
-        "cv_priority, cv_drop_control, cv_SendSubject, cv_remove_from, cv_alpha, cv_extra1, cv_extra2, cv_on_call) "
-        "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15)"_s);
+    store::Statement insert =
+        db.prepare(u"INSERT INTO "_s % recipients::table % u" ("_s % store::tables::column_list(kRowColumns) %
+                   u") VALUES ("_s % store::tables::placeholders(kRowColumns.size()) % u")"_s);
     bind_row(insert, row);
     insert.exec();
     transaction.commit();
@@ -70,11 +85,9 @@ bool add_recipient(store::Database& db, const RecipientRow& row)
 
 bool update_recipient(store::Database& db, const QString& loaded_name, const RecipientRow& row)
 {
-    store::Statement update = db.prepare(
-        u"UPDATE cv_recipients SET cv_name = ?1, cv_full_name = ?2, cv_id = ?3, cv_ad_hoc = ?4, cv_group = ?5, "
-        "cv_carrier = ?6, cv_maxchars = ?7, cv_priority = ?8, cv_drop_control = ?9, cv_SendSubject = ?10, "
-        "cv_remove_from = ?11, cv_alpha = ?12, cv_extra1 = ?13, cv_extra2 = ?14, cv_on_call = ?15 "
-        "WHERE cv_name = ?16"_s);
+    store::Statement update =
+        db.prepare(u"UPDATE "_s % recipients::table % u" SET "_s % store::tables::assignments(kRowColumns) %
+                   u" WHERE "_s % recipients::name % u" = ?16"_s);
     bind_row(update, row);
     update.bind(16, loaded_name);
     update.exec();
@@ -83,10 +96,9 @@ bool update_recipient(store::Database& db, const QString& loaded_name, const Rec
 
 std::optional<RecipientRow> read_recipient(store::Database& db, const QString& name)
 {
-    store::Statement query =
-        db.prepare(u"SELECT cv_name, cv_full_name, cv_id, cv_carrier, cv_maxchars, cv_alpha, cv_on_call, cv_ad_hoc, "
-                   "cv_drop_control, cv_group, cv_SendSubject, cv_extra1, cv_extra2, cv_remove_from, cv_priority "
-                   "FROM cv_recipients WHERE cv_name = ?1"_s);
+    // Every column in table order.
+    store::Statement query = db.prepare(u"SELECT "_s % store::tables::column_list(recipients::all) % u" FROM "_s %
+                                        recipients::table % u" WHERE "_s % recipients::name % u" = ?1"_s);
     query.bind(1, name);
     if (!query.step()) {
         return std::nullopt;
@@ -112,7 +124,9 @@ std::optional<RecipientRow> read_recipient(store::Database& db, const QString& n
 
 bool has_unsent_messages(store::Database& db, const QString& name)
 {
-    store::Statement query = db.prepare(u"SELECT 1 FROM cv_messages WHERE cv_recipient = ?1 AND cv_sent = 0 LIMIT 1"_s);
+    // A message whose cv_sent is null has not been sent either.
+    store::Statement query = db.prepare(u"SELECT 1 FROM "_s % messages::table % u" WHERE "_s % messages::recipient %
+                                        u" = ?1 AND "_s % store::tables::is_false(messages::sent) % u" LIMIT 1"_s);
     query.bind(1, name);
     return query.step();
 }
@@ -124,23 +138,26 @@ std::optional<Notice> delete_recipient(store::Database& db, const QString& name)
     if (std::optional<Notice> refusal = refuse_recipient_delete(has_unsent_messages(db, name))) {
         return refusal;
     }
-    store::Statement recipient = db.prepare(u"DELETE FROM cv_recipients WHERE cv_name = ?1"_s);
+    store::Statement recipient =
+        db.prepare(u"DELETE FROM "_s % recipients::table % u" WHERE "_s % recipients::name % u" = ?1"_s);
     recipient.bind(1, name);
     recipient.exec();
-    store::Statement memberships = db.prepare(u"DELETE FROM cv_groups WHERE cv_recipient = ?1"_s);
+    store::Statement memberships =
+        db.prepare(u"DELETE FROM "_s % groups::table % u" WHERE "_s % groups::recipient % u" = ?1"_s);
     memberships.bind(1, name);
     memberships.exec();
     transaction.commit();
     return std::nullopt;
 }
 
-QList<RecipientListEntry> list_recipient_rows(store::Database& db, bool groups)
+QList<RecipientListEntry> list_recipient_rows(store::Database& db, bool group_rows)
 {
+    // A row whose cv_group is null is a plain recipient.
+    const QString kind =
+        group_rows ? store::tables::is_true(recipients::group) : store::tables::is_false(recipients::group);
     store::Statement query =
-        db.prepare(groups ? u"SELECT cv_name, cv_full_name FROM cv_recipients WHERE (cv_group <> 0) "
-                            "ORDER BY cv_full_name"_s
-                          : u"SELECT cv_name, cv_full_name FROM cv_recipients WHERE cv_group = 0 "
-                            "ORDER BY cv_full_name"_s);
+        db.prepare(u"SELECT "_s % recipients::name % u", "_s % recipients::full_name % u" FROM "_s % recipients::table %
+                   u" WHERE "_s % kind % u" ORDER BY "_s % recipients::full_name);
     QList<RecipientListEntry> entries;
     while (query.step()) {
         entries.append({text_column(query, 0), text_column(query, 1)});
@@ -184,6 +201,12 @@ ApplyOutcome apply_recipient(AppState& state, Protocol protocol, const Recipient
         outcome.notice = recipient_stored_notice(is_edit);
     }
     return outcome;
+}
+
+QList<RecipientListEntry> recipient_list(AppState& state)
+{
+    state.clear_error_counters();
+    return with_retry(state, kListProcedure, [&] { return list_recipients(state.global_db); });
 }
 
 std::optional<Notice> delete_listed_recipient(AppState& state, const QString& name)

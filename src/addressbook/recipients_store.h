@@ -63,6 +63,9 @@ struct ApplyOutcome
 ApplyOutcome apply_recipient(AppState& state, Protocol protocol, const RecipientEntry& entry, bool is_edit,
                              const QString& loaded_name);
 
+// The list window's rows against state.global_db ("Procedure: list_recipients activate").
+QList<RecipientListEntry> recipient_list(AppState& state);
+
 // The list window's Delete against state.global_db ("Procedure: list_recipients load"). nullopt when deleted.
 std::optional<Notice> delete_listed_recipient(AppState& state, const QString& name);
 

@@ -3,6 +3,7 @@
 #include "core/app_state.h"
 #include "core/error_path.h"
 #include "store/database.h"
+#include "store/tables.h"
 
 #include <QDateTime>
 
@@ -15,6 +16,10 @@ namespace {
 const QString kLoadProcedure = u"Procedure: frmOnCallSched_load"_s;
 const QString kAddLoadProcedure = u"Procedure: frmAddOncall_load"_s;
 const QString kAcceptProcedure = u"Procedure: frmOnCallSched_btnAccept"_s;
+
+namespace recipients = store::tables::recipients;
+namespace groups = store::tables::groups;
+namespace on_call = store::tables::on_call;
 
 const QString kDayNames[] = {u"Sunday"_s,   u"Monday"_s, u"Tuesday"_s, u"Wednesday"_s,
                              u"Thursday"_s, u"Friday"_s, u"Saturday"_s};
@@ -40,7 +45,8 @@ class NameShower
 {
 public:
     explicit NameShower(store::Database& db)
-        : m_query(db.prepare(u"SELECT cv_full_name FROM cv_recipients WHERE (cv_name = ?1)"_s))
+        : m_query(db.prepare(u"SELECT "_s % recipients::full_name % u" FROM "_s % recipients::table % u" WHERE ("_s %
+                             recipients::name % u" = ?1)"_s))
     {
     }
 
@@ -57,7 +63,8 @@ private:
 
 QStringList read_member_choices(store::Database& db, const QString& group)
 {
-    store::Statement members = db.prepare(u"SELECT cv_recipient FROM cv_groups WHERE (cv_group = ?1) ORDER BY rowid"_s);
+    store::Statement members = db.prepare(u"SELECT "_s % groups::recipient % u" FROM "_s % groups::table %
+                                          u" WHERE ("_s % groups::group % u" = ?1) ORDER BY rowid"_s);
     members.bind(1, group);
     NameShower shown(db);
     QStringList choices;
@@ -75,6 +82,51 @@ void bind_time(store::Statement& statement, int index, const QString& text)
     } else {
         statement.bind_null(index);
     }
+}
+
+// The group's rows for the grid, in table order.
+QList<RosterGridRow> read_roster(store::Database& db, const QString& group)
+{
+    store::Statement query = db.prepare(u"SELECT "_s % store::tables::column_list(on_call::all) % u" FROM "_s %
+                                        on_call::table % u" WHERE ("_s % on_call::group % u" = ?1) ORDER BY rowid"_s);
+    query.bind(1, group);
+    NameShower shown(db);
+    QList<RosterGridRow> rows;
+    while (query.step()) {
+        rows.append({text_column(query, 0), shown(text_column(query, 1)),
+                     roster_day_name(static_cast<int>(query.integer(2).value_or(0))), time_column(query, 3),
+                     roster_day_name(static_cast<int>(query.integer(4).value_or(0))), time_column(query, 5)});
+    }
+    return rows;
+}
+
+// Replaces the group's whole roster by the grid rows in one transaction: the scheduler never reads a
+// half-written roster, and a failure keeps the old one.
+void replace_roster(store::Database& db, const QString& group, const QList<RosterGridRow>& rows)
+{
+    store::Transaction transaction(db);
+    store::Statement clear =
+        db.prepare(u"DELETE FROM "_s % on_call::table % u" WHERE ("_s % on_call::group % u" = ?1)"_s);
+    clear.bind(1, group);
+    clear.exec();
+    store::Statement resolve = db.prepare(u"SELECT "_s % recipients::name % u" FROM "_s % recipients::table %
+                                          u" WHERE ("_s % recipients::full_name % u" = ?1) ORDER BY rowid LIMIT 1"_s);
+    store::Statement insert =
+        db.prepare(u"INSERT INTO "_s % on_call::table % u" ("_s % store::tables::column_list(on_call::all) %
+                   u") VALUES ("_s % store::tables::placeholders(on_call::all.size()) % u")"_s);
+    for (const RosterGridRow& row : rows) {
+        resolve.reset();
+        resolve.bind(1, row.recipient);
+        // A raw name read from a row without recipient stays as it is, so it survives the round trip.
+        const QString recipient = resolve.step() ? text_column(resolve, 0) : row.recipient;
+        insert.reset();
+        insert.bind(1, row.group).bind(2, recipient).bind(3, roster_day_number(row.start_day));
+        bind_time(insert, 4, row.start_time);
+        insert.bind(5, roster_day_number(row.stop_day));
+        bind_time(insert, 6, row.stop_time);
+        insert.exec();
+    }
+    transaction.commit();
 }
 
 } // namespace
@@ -114,21 +166,6 @@ std::optional<QTime> read_roster_time(const QString& text)
     return std::nullopt;
 }
 
-QList<RosterGridRow> read_roster(store::Database& db, const QString& group)
-{
-    store::Statement query = db.prepare(u"SELECT cv_group, cv_recipient, cv_start_day, cv_start_time, cv_stop_day, "
-                                        "cv_stop_time FROM cv_oncalltable WHERE (cv_group = ?1) ORDER BY rowid"_s);
-    query.bind(1, group);
-    NameShower shown(db);
-    QList<RosterGridRow> rows;
-    while (query.step()) {
-        rows.append({text_column(query, 0), shown(text_column(query, 1)),
-                     roster_day_name(static_cast<int>(query.integer(2).value_or(0))), time_column(query, 3),
-                     roster_day_name(static_cast<int>(query.integer(4).value_or(0))), time_column(query, 5)});
-    }
-    return rows;
-}
-
 QList<RosterGridRow> load_roster(AppState& state, const QString& group)
 {
     state.clear_error_counters();
@@ -149,33 +186,6 @@ std::optional<RosterGridRow> new_roster_row(const QString& group, const QString&
     }
     return RosterGridRow{
         group, recipient, start_day, roster_time_text(start_time), stop_day, roster_time_text(stop_time)};
-}
-
-void replace_roster(store::Database& db, const QString& group, const QList<RosterGridRow>& rows)
-{
-    // One transaction: the scheduler never reads a half-written roster, and a failure keeps the old one.
-    store::Transaction transaction(db);
-    store::Statement clear = db.prepare(u"DELETE FROM cv_oncalltable WHERE (cv_group = ?1)"_s);
-    clear.bind(1, group);
-    clear.exec();
-    store::Statement resolve =
-        db.prepare(u"SELECT cv_name FROM cv_recipients WHERE (cv_full_name = ?1) ORDER BY rowid LIMIT 1"_s);
-    store::Statement insert =
-        db.prepare(u"INSERT INTO cv_oncalltable (cv_group, cv_recipient, cv_start_day, cv_start_time, cv_stop_day, "
-                   "cv_stop_time) VALUES (?1, ?2, ?3, ?4, ?5, ?6)"_s);
-    for (const RosterGridRow& row : rows) {
-        resolve.reset();
-        resolve.bind(1, row.recipient);
-        // A raw name read from a row without recipient stays as it is, so it survives the round trip.
-        const QString recipient = resolve.step() ? text_column(resolve, 0) : row.recipient;
-        insert.reset();
-        insert.bind(1, row.group).bind(2, recipient).bind(3, roster_day_number(row.start_day));
-        bind_time(insert, 4, row.start_time);
-        insert.bind(5, roster_day_number(row.stop_day));
-        bind_time(insert, 6, row.stop_time);
-        insert.exec();
-    }
-    transaction.commit();
 }
 
 void apply_roster(AppState& state, const QString& group, const QList<RosterGridRow>& rows)

@@ -10,10 +10,6 @@ namespace cvd {
 
 struct AppState;
 
-namespace store {
-class Database;
-}
-
 namespace addressbook {
 
 // Day codes of the roster: 1 "Sunday" to 7 "Saturday". Another code gives empty text, an unknown name 0.
@@ -38,9 +34,7 @@ struct RosterGridRow
     bool operator==(const RosterGridRow&) const = default;
 };
 
-// The group's rows for the grid, in table order. Throws store::Error.
-QList<RosterGridRow> read_roster(store::Database& db, const QString& group);
-// The same through the common error path ("Procedure: frmOnCallSched_load").
+// The group's rows for the grid, in table order ("Procedure: frmOnCallSched_load").
 QList<RosterGridRow> load_roster(AppState& state, const QString& group);
 
 // The recipients the span dialog offers: each member's full name, or the raw name without recipient
@@ -52,11 +46,9 @@ QStringList roster_member_choices(AppState& state, const QString& group);
 std::optional<RosterGridRow> new_roster_row(const QString& group, const QString& recipient, const QString& start_day,
                                             QTime start_time, const QString& stop_day, QTime stop_time);
 
-// Replaces the group's whole roster by the grid rows, in grid order, in one transaction. The recipient column is
-// resolved by full name (the first recipient wins); a text that names no full name is stored as it stands.
-// Throws store::Error; nothing is changed then.
-void replace_roster(store::Database& db, const QString& group, const QList<RosterGridRow>& rows);
-// The same through the common error path ("Procedure: frmOnCallSched_btnAccept").
+// Replaces the group's whole roster by the grid rows, in grid order, in one transaction ("Procedure:
+// frmOnCallSched_btnAccept"). The recipient column is resolved by full name (the first recipient wins); a text
+// that names no full name is stored as it stands. A failure changes nothing.
 void apply_roster(AppState& state, const QString& group, const QList<RosterGridRow>& rows);
 
 } // namespace addressbook

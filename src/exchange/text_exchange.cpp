@@ -3,7 +3,9 @@
 #include "core/app_state.h"
 #include "core/file_ops.h"
 #include "core/record_format.h"
+#include "intake/registry_transfer.h"
 #include "store/database.h"
+#include "store/tables.h"
 
 #include <QFile>
 #include <QList>
@@ -16,12 +18,16 @@ namespace cvd::exchange {
 
 namespace {
 
+namespace carriers = store::tables::carriers;
+namespace recipients = store::tables::recipients;
+namespace groups = store::tables::groups;
+
 enum class ColumnType { Text, Number, Flag };
 
 struct Column
 {
     const char16_t* heading;
-    const char16_t* name;
+    store::tables::Name name;
     ColumnType type;
 };
 
@@ -29,19 +35,19 @@ struct Column
 const QList<Column>& carrier_columns()
 {
     static const QList<Column> columns = {
-        {u"Name", u"cv_name", ColumnType::Text},
-        {u"PhoneNumber", u"cv_phone_number", ColumnType::Text},
-        {u"ModemSettings", u"cv_modem_settings", ColumnType::Text},
-        {u"MaxChars", u"cv_maxchars", ColumnType::Number},
-        {u"InitString", u"cv_init_string", ColumnType::Text},
-        {u"MessageLimit", u"cv_message_limit", ColumnType::Number},
-        {u"DialType", u"cv_dial_type", ColumnType::Text},
-        {u"AuthType", u"cv_auth_type", ColumnType::Number},
-        {u"AuthUser", u"cv_auth_user", ColumnType::Text},
-        {u"AuthPassword", u"cv_auth_pass", ColumnType::Text},
-        {u"RelayMail", u"cv_relay_mail", ColumnType::Flag},
-        {u"RelayServer", u"cv_relay_server", ColumnType::Text},
-        {u"Priority", u"cv_priority", ColumnType::Number},
+        {u"Name", carriers::name, ColumnType::Text},
+        {u"PhoneNumber", carriers::phone_number, ColumnType::Text},
+        {u"ModemSettings", carriers::modem_settings, ColumnType::Text},
+        {u"MaxChars", carriers::maxchars, ColumnType::Number},
+        {u"InitString", carriers::init_string, ColumnType::Text},
+        {u"MessageLimit", carriers::message_limit, ColumnType::Number},
+        {u"DialType", carriers::dial_type, ColumnType::Text},
+        {u"AuthType", carriers::auth_type, ColumnType::Number},
+        {u"AuthUser", carriers::auth_user, ColumnType::Text},
+        {u"AuthPassword", carriers::auth_pass, ColumnType::Text},
+        {u"RelayMail", carriers::relay_mail, ColumnType::Flag},
+        {u"RelayServer", carriers::relay_server, ColumnType::Text},
+        {u"Priority", carriers::priority, ColumnType::Number},
     };
     return columns;
 }
@@ -49,21 +55,21 @@ const QList<Column>& carrier_columns()
 const QList<Column>& recipient_columns()
 {
     static const QList<Column> columns = {
-        {u"Name", u"cv_name", ColumnType::Text},
-        {u"FullName", u"cv_full_name", ColumnType::Text},
-        {u"Id", u"cv_id", ColumnType::Text},
-        {u"Carrier", u"cv_carrier", ColumnType::Text},
-        {u"MaxChars", u"cv_maxchars", ColumnType::Number},
-        {u"Alpha", u"cv_alpha", ColumnType::Flag},
-        {u"OnCall", u"cv_on_call", ColumnType::Flag},
-        {u"AdHoc", u"cv_ad_hoc", ColumnType::Flag},
-        {u"DropControl", u"cv_drop_control", ColumnType::Flag},
-        {u"Group", u"cv_group", ColumnType::Flag},
-        {u"SendSubject", u"cv_SendSubject", ColumnType::Flag},
-        {u"RemoveFrom", u"cv_remove_from", ColumnType::Flag},
-        {u"Extra1", u"cv_extra1", ColumnType::Text},
-        {u"Extra2", u"cv_extra2", ColumnType::Text},
-        {u"Priority", u"cv_priority", ColumnType::Number},
+        {u"Name", recipients::name, ColumnType::Text},
+        {u"FullName", recipients::full_name, ColumnType::Text},
+        {u"Id", recipients::id, ColumnType::Text},
+        {u"Carrier", recipients::carrier, ColumnType::Text},
+        {u"MaxChars", recipients::maxchars, ColumnType::Number},
+        {u"Alpha", recipients::alpha, ColumnType::Flag},
+        {u"OnCall", recipients::on_call, ColumnType::Flag},
+        {u"AdHoc", recipients::ad_hoc, ColumnType::Flag},
+        {u"DropControl", recipients::drop_control, ColumnType::Flag},
+        {u"Group", recipients::group, ColumnType::Flag},
+        {u"SendSubject", recipients::send_subject, ColumnType::Flag},
+        {u"RemoveFrom", recipients::remove_from, ColumnType::Flag},
+        {u"Extra1", recipients::extra1, ColumnType::Text},
+        {u"Extra2", recipients::extra2, ColumnType::Text},
+        {u"Priority", recipients::priority, ColumnType::Number},
     };
     return columns;
 }
@@ -71,8 +77,8 @@ const QList<Column>& recipient_columns()
 const QList<Column>& member_columns()
 {
     static const QList<Column> columns = {
-        {u"Group", u"cv_group", ColumnType::Text},
-        {u"Recipient", u"cv_recipient", ColumnType::Text},
+        {u"Group", groups::group, ColumnType::Text},
+        {u"Recipient", groups::recipient, ColumnType::Text},
     };
     return columns;
 }
@@ -93,28 +99,31 @@ const QList<Column>& columns_of(ExchangeKind kind)
 
 QString column_list(const QList<Column>& columns)
 {
-    QStringList names;
+    QList<store::tables::Name> names;
     for (const Column& column : columns) {
-        names.append(QString::fromUtf16(column.name));
+        names.append(column.name);
     }
-    return names.join(u", "_s);
+    return store::tables::column_list(names);
 }
 
-// The table and condition of the export query, from constants only.
+// The table and condition of the export query, from constants only. A row whose cv_group is null is a
+// recipient, as everywhere else.
 QString export_sql(ExchangeKind kind)
 {
-    const QString columns = column_list(columns_of(kind));
+    const QString select = u"SELECT "_s % column_list(columns_of(kind)) % u" FROM "_s;
     switch (kind) {
     case ExchangeKind::Carriers:
-        return u"SELECT "_s + columns + u" FROM cv_carriers ORDER BY cv_name"_s;
+        return select % carriers::table % u" ORDER BY "_s % carriers::name;
     case ExchangeKind::Recipients:
-        return u"SELECT "_s + columns + u" FROM cv_recipients WHERE cv_group = 0 ORDER BY cv_name"_s;
+        return select % recipients::table % u" WHERE "_s % store::tables::is_false(recipients::group) %
+               u" ORDER BY "_s % recipients::name;
     case ExchangeKind::Groups:
-        return u"SELECT "_s + columns + u" FROM cv_recipients WHERE cv_group <> 0 ORDER BY cv_name"_s;
+        return select % recipients::table % u" WHERE "_s % store::tables::is_true(recipients::group) % u" ORDER BY "_s %
+               recipients::name;
     case ExchangeKind::Members:
         break;
     }
-    return u"SELECT "_s + columns + u" FROM cv_groups ORDER BY cv_group"_s;
+    return select % groups::table % u" ORDER BY "_s % groups::group;
 }
 
 QString kind_noun(ExchangeKind kind)
@@ -264,103 +273,177 @@ QList<Value> record_values(const Record& record, const QList<Column>& columns)
     return values;
 }
 
-std::optional<qint64> first_rowid(store::Database& db, const QString& table, const Value& name)
-{
-    store::Statement& query = db.cached(u"SELECT rowid FROM "_s + table + u" WHERE cv_name = ?1 LIMIT 1"_s);
-    bind_value(query, 1, name);
-    const std::optional<qint64> rowid = query.step() ? query.integer(0) : std::nullopt;
-    query.reset(); // a cached statement must not hold its read open
-    return rowid;
-}
-
-bool name_exists(store::Database& db, const Value& name)
-{
-    return first_rowid(db, u"cv_recipients"_s, name).has_value();
-}
-
 struct Counts
 {
     int imported = 0;
     int skipped = 0;
 };
 
-// Carriers, recipients and groups: the row of the same name is replaced under `overwrite`, otherwise the
-// record is skipped. The test, the delete and the insert are one transaction.
-void import_named_row(store::Database& db, ExchangeKind kind, const QList<Value>& values, bool overwrite,
-                      Counts& counts)
+// The statements of one import run, prepared once for all its records. The caller holds the run's
+// transaction.
+class Importer
 {
-    const bool carriers = kind == ExchangeKind::Carriers;
-    const QString table = carriers ? u"cv_carriers"_s : u"cv_recipients"_s;
-    store::Transaction transaction(db);
-    if (std::optional<qint64> existing = first_rowid(db, table, values.at(0))) {
-        if (!overwrite) {
-            ++counts.skipped;
+public:
+    Importer(store::Database& db, ExchangeKind kind, bool overwrite)
+        : m_kind(kind), m_overwrite(overwrite),
+          m_table(kind == ExchangeKind::Carriers ? carriers::table : recipients::table),
+          m_find(db.prepare(u"SELECT rowid FROM "_s % m_table % u" WHERE "_s %
+                            (kind == ExchangeKind::Carriers ? carriers::name : recipients::name) % u" = ?1 LIMIT 1"_s)),
+          m_recipient_found(db.prepare(u"SELECT 1 FROM "_s % recipients::table % u" WHERE "_s % recipients::name %
+                                       u" = ?1 LIMIT 1"_s)),
+          m_remove(
+              db.prepare(kind == ExchangeKind::Members
+                             ? QString(u"DELETE FROM "_s % groups::table % u" WHERE "_s % groups::group % u" = ?1"_s)
+                             : QString(u"DELETE FROM "_s % m_table % u" WHERE rowid = ?1"_s))),
+          m_member_found(db.prepare(u"SELECT 1 FROM "_s % groups::table % u" WHERE "_s % groups::group %
+                                    u" = ?1 AND "_s % groups::recipient % u" = ?2 LIMIT 1"_s)),
+          m_insert(db.prepare(insert_sql(kind)))
+    {
+    }
+
+    void take(const QList<Value>& values)
+    {
+        if (m_kind == ExchangeKind::Members) {
+            take_member(values);
+        } else {
+            take_named_row(values);
+        }
+    }
+
+    const Counts& counts() const { return m_counts; }
+
+private:
+    static QString insert_sql(ExchangeKind kind)
+    {
+        const QList<Column>& columns = columns_of(kind);
+        if (kind == ExchangeKind::Members) {
+            return u"INSERT INTO "_s % groups::table % u" ("_s % column_list(columns) % u") VALUES (?1, ?2)"_s;
+        }
+        if (kind == ExchangeKind::Carriers) {
+            // The engine's retry count starts afresh on the new installation: ?14 is bound to 0.
+            return u"INSERT INTO "_s % carriers::table % u" ("_s % column_list(columns) % u", "_s % carriers::retries %
+                   u") VALUES ("_s % store::tables::placeholders(columns.size() + 1) % u")"_s;
+        }
+        return u"INSERT INTO "_s % recipients::table % u" ("_s % column_list(columns) % u") VALUES ("_s %
+               store::tables::placeholders(columns.size()) % u")"_s;
+    }
+
+    // The first column of the query's first row for the values given; nullopt when it finds no row.
+    static std::optional<qint64> first_row(store::Statement& query, std::initializer_list<Value> values)
+    {
+        query.reset();
+        int index = 0;
+        for (const Value& value : values) {
+            bind_value(query, ++index, value);
+        }
+        const std::optional<qint64> first = query.step() ? query.integer(0) : std::nullopt;
+        query.reset(); // no read left open between records
+        return first;
+    }
+
+    static void run(store::Statement& statement, std::initializer_list<Value> values)
+    {
+        statement.reset();
+        int index = 0;
+        for (const Value& value : values) {
+            bind_value(statement, ++index, value);
+        }
+        statement.exec();
+    }
+
+    // Carriers, recipients and groups: the row of the same name is replaced under `overwrite`, otherwise the
+    // record is skipped.
+    void take_named_row(const QList<Value>& values)
+    {
+        if (const std::optional<qint64> existing = first_row(m_find, {values.at(0)})) {
+            if (!m_overwrite) {
+                ++m_counts.skipped;
+                return;
+            }
+            run(m_remove, {Value(*existing)});
+        }
+        QList<Value> row = values;
+        if (m_kind == ExchangeKind::Carriers) {
+            row.append(Value(qint64{0}));
+        } else {
+            // Whether the row is a group follows the chosen kind, not the file: a recipient file imported as
+            // groups makes every row a group.
+            row[9] = Value(m_kind == ExchangeKind::Groups);
+        }
+        m_insert.reset();
+        for (int i = 0; i < row.size(); ++i) {
+            bind_value(m_insert, i + 1, row.at(i));
+        }
+        m_insert.exec();
+        ++m_counts.imported;
+    }
+
+    // A member row. With `overwrite` the group's existing members are deleted for every record, not once a
+    // group, so only the last member of each group in the file remains; existing installations rely on that,
+    // so it stays. A record whose recipient is unknown counts neither way.
+    void take_member(const QList<Value>& values)
+    {
+        const Value& group = values.at(0);
+        const Value& recipient = values.at(1);
+        if (!first_row(m_recipient_found, {group})) {
+            ++m_counts.skipped;
             return;
         }
-        store::Statement& remove = db.cached(u"DELETE FROM "_s + table + u" WHERE rowid = ?1"_s);
-        remove.bind(1, *existing);
-        remove.exec();
-    }
-    QList<Value> row = values;
-    QString extra_column;
-    if (carriers) {
-        // The engine's retry count starts afresh on the new installation.
-        extra_column = u", cv_retries"_s;
-        row.append(Value(qint64{0}));
-    } else {
-        // Whether the row is a group follows the chosen kind, not the file: a recipient file imported as
-        // groups makes every row a group.
-        row[9] = Value(kind == ExchangeKind::Groups);
-    }
-    QStringList placeholders;
-    for (int i = 1; i <= row.size(); ++i) {
-        placeholders.append(u"?"_s + QString::number(i));
-    }
-    store::Statement& insert = db.cached(u"INSERT INTO "_s + table + u" ("_s + column_list(columns_of(kind)) +
-                                         extra_column + u") VALUES ("_s + placeholders.join(u", "_s) + u")"_s);
-    for (int i = 0; i < row.size(); ++i) {
-        bind_value(insert, i + 1, row.at(i));
-    }
-    insert.exec();
-    transaction.commit();
-    ++counts.imported;
-}
-
-// A member row. With `overwrite` the group's existing members are deleted for every record, not once a group,
-// so only the last member of each group in the file remains; existing installations rely on that, so it stays.
-// A record whose recipient is unknown counts neither way.
-void import_member(store::Database& db, const QList<Value>& values, bool overwrite, Counts& counts)
-{
-    const Value& group = values.at(0);
-    const Value& recipient = values.at(1);
-    store::Transaction transaction(db);
-    if (!name_exists(db, group)) {
-        ++counts.skipped;
-        return;
-    }
-    if (overwrite) {
-        store::Statement remove = db.prepare(u"DELETE FROM cv_groups WHERE cv_group = ?1"_s);
-        bind_value(remove, 1, group);
-        remove.exec();
-    }
-    if (name_exists(db, recipient)) {
-        store::Statement query =
-            db.prepare(u"SELECT 1 FROM cv_groups WHERE cv_group = ?1 AND cv_recipient = ?2 LIMIT 1"_s);
-        bind_value(query, 1, group);
-        bind_value(query, 2, recipient);
-        if (!query.step()) {
-            store::Statement insert = db.prepare(u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES (?1, ?2)"_s);
-            bind_value(insert, 1, group);
-            bind_value(insert, 2, recipient);
-            insert.exec();
-            ++counts.imported;
-        } else if (overwrite) {
-            ++counts.imported;
+        if (m_overwrite) {
+            run(m_remove, {group});
+        }
+        if (!first_row(m_recipient_found, {recipient})) {
+            return;
+        }
+        if (!first_row(m_member_found, {group, recipient})) {
+            run(m_insert, {group, recipient});
+            ++m_counts.imported;
+        } else if (m_overwrite) {
+            ++m_counts.imported;
         } else {
-            ++counts.skipped;
+            ++m_counts.skipped;
         }
     }
+
+    ExchangeKind m_kind;
+    bool m_overwrite;
+    store::tables::Name m_table;
+    store::Statement m_find;
+    store::Statement m_recipient_found;
+    store::Statement m_remove;
+    store::Statement m_member_found;
+    store::Statement m_insert;
+    Counts m_counts;
+};
+
+struct RunOutcome
+{
+    Counts counts;
+    bool complete = false; // every record was taken
+};
+
+// Takes the data records from `first` on in one transaction, so that other processes see the run all at once
+// and a failed statement leaves none of its rows. A record that cannot be read ends the run, and the records
+// before it are kept, as they always have been.
+RunOutcome import_records(store::Database& db, ExchangeKind kind, const ParsedFile& parsed, qsizetype first,
+                          bool overwrite)
+{
+    store::Transaction transaction(db);
+    RunOutcome outcome;
+    {
+        Importer importer(db, kind, overwrite);
+        try {
+            for (qsizetype i = first; i < parsed.records.size(); ++i) {
+                importer.take(record_values(parsed.records.at(i), columns_of(kind)));
+            }
+            outcome.complete = !parsed.malformed;
+        } catch (const BadRecord&) {
+            outcome.complete = false;
+        }
+        outcome.counts = importer.counts();
+    }
     transaction.commit();
+    return outcome;
 }
 
 Notice import_error_box()
@@ -503,29 +586,20 @@ ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path
         return result;
     }
 
-    Counts counts;
     try {
-        for (qsizetype i = first; i < parsed.records.size(); ++i) {
-            const QList<Value> values = record_values(parsed.records.at(i), columns_of(kind));
-            if (kind == ExchangeKind::Members) {
-                import_member(state.global_db, values, overwrite, counts);
-            } else {
-                import_named_row(state.global_db, kind, values, overwrite, counts);
-            }
-        }
-        if (parsed.malformed) {
-            throw BadRecord{};
-        }
-    } catch (const BadRecord&) {
-        result.box = import_error_box();
+        const RunOutcome run = import_records(state.global_db, kind, parsed, first, overwrite);
+        result.imported = run.counts.imported;
+        result.skipped = run.counts.skipped;
+        result.box = run.complete ? import_complete_box(kind, run.counts) : import_error_box();
+        result.succeeded = run.complete;
     } catch (const store::Error&) {
+        // The run's transaction is rolled back: none of its rows stay, so none count.
         result.box = import_error_box();
     }
-    result.imported = counts.imported;
-    result.skipped = counts.skipped;
-    if (!result.box) {
-        result.box = import_complete_box(kind, counts);
-        result.succeeded = true;
+    if (kind == ExchangeKind::Recipients || kind == ExchangeKind::Groups) {
+        // Other programs see the new names at once, whatever part of the file was taken.
+        intake::publish_recipients(state);
+        intake::publish_groups(state);
     }
     return result;
 }

@@ -48,9 +48,11 @@ struct ImportResult
 };
 
 // Reads the file's records into the tables. The heading is optional. A file of another version is refused
-// before any row is touched. Each record is written in its own transaction: a record that cannot be read, or a
-// failed statement, ends the run with "Error importing records" and the records before it stay imported.
-// With `overwrite` an existing row of the same name is replaced; without, the record is skipped.
+// before any row is touched. The run is one transaction, so other processes see all of it at once. A record
+// that cannot be read ends the run with "Error importing records", and the records before it stay imported;
+// a failed statement ends it the same way, with none of the run's rows kept. With `overwrite` an existing row
+// of the same name is replaced; without, the record is skipped. An import of recipients or groups publishes
+// both lists of names to the machine store afterwards, whatever part of the file was taken.
 ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path, bool overwrite);
 
 } // namespace exchange

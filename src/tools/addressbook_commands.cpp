@@ -3,8 +3,8 @@
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "exchange/text_exchange.h"
-#include "intake/registry_transfer.h"
 #include "store/database.h"
+#include "store/tables.h"
 #include "tools/direct_access.h"
 
 using namespace Qt::StringLiterals;
@@ -20,21 +20,34 @@ struct Listing
     QString sql;
 };
 
-// Fixed queries of our own; nothing typed by the caller goes into them.
+namespace carriers = store::tables::carriers;
+namespace recipients = store::tables::recipients;
+namespace groups = store::tables::groups;
+
+// Fixed queries of our own; nothing typed by the caller goes into them. A null flag reads as false: a row
+// whose cv_group is null is a recipient, one whose cv_on_call is null is not on call.
 const QList<Listing>& listings()
 {
+    using store::tables::column_list;
     static const QList<Listing> all{
         {"carriers", "name\tprotocol\tphone\tline settings\tpriority",
-         u"SELECT cv_name, cv_dial_type, cv_phone_number, cv_modem_settings, cv_priority FROM cv_carriers "
-         "ORDER BY cv_name"_s},
+         u"SELECT "_s %
+             column_list({carriers::name, carriers::dial_type, carriers::phone_number, carriers::modem_settings,
+                          carriers::priority}) %
+             u" FROM "_s % carriers::table % u" ORDER BY "_s % carriers::name},
         {"recipients", "name\tfull name\tpin\tcarrier\tmax chars\tpriority",
-         u"SELECT cv_name, cv_full_name, cv_id, cv_carrier, cv_maxchars, cv_priority FROM cv_recipients "
-         "WHERE (cv_group = 0 OR cv_group IS NULL) ORDER BY cv_name"_s},
+         u"SELECT "_s %
+             column_list({recipients::name, recipients::full_name, recipients::id, recipients::carrier,
+                          recipients::maxchars, recipients::priority}) %
+             u" FROM "_s % recipients::table % u" WHERE "_s % store::tables::is_false(recipients::group) %
+             u" ORDER BY "_s % recipients::name},
         {"groups", "name\tfull name\ton call",
-         u"SELECT cv_name, cv_full_name, CASE WHEN cv_on_call <> 0 THEN 'yes' ELSE 'no' END FROM cv_recipients "
-         "WHERE cv_group <> 0 ORDER BY cv_name"_s},
+         u"SELECT "_s % column_list({recipients::name, recipients::full_name}) % u", CASE WHEN "_s %
+             store::tables::is_true(recipients::on_call) % u" THEN 'yes' ELSE 'no' END FROM "_s % recipients::table %
+             u" WHERE "_s % store::tables::is_true(recipients::group) % u" ORDER BY "_s % recipients::name},
         {"members", "group\trecipient",
-         u"SELECT cv_group, cv_recipient FROM cv_groups ORDER BY cv_group, cv_recipient"_s},
+         u"SELECT "_s % column_list(groups::all) % u" FROM "_s % groups::table % u" ORDER BY "_s % groups::group %
+             u", "_s % groups::recipient},
     };
     return all;
 }
@@ -141,10 +154,8 @@ int run_import_command(const QStringList& arguments, QTextStream& out, QTextStre
     DirectAccess direct(local_db);
     try {
         open_database(direct.state);
+        // The import publishes the names to the machine store itself.
         const exchange::ImportResult result = exchange::import_text(direct.state, *kind, rest.at(1), overwrite);
-        // Other programs see the new names at once, whatever part of the file was taken.
-        intake::publish_recipients(direct.state);
-        intake::publish_groups(direct.state);
         return report(result.box, result.succeeded, "import", out, err);
     } catch (const ProgramHalted& halted) {
         err << "cvdctl import: " << halted.text() << '\n';

@@ -12,8 +12,8 @@ int run_list_command(const QStringList& arguments, QTextStream& out, QTextStream
 
 namespace cvd::tools {
 
-// `cvdctl export KIND FILE` and `cvdctl import KIND FILE [--overwrite]` in the text exchange format; after an
-// import the machine store's lists of recipients and groups are published again.
+// `cvdctl export KIND FILE` and `cvdctl import KIND FILE [--overwrite]` in the text exchange format; an import
+// of recipients or groups publishes the machine store's lists of names again.
 int run_export_command(const QStringList& arguments, QTextStream& out, QTextStream& err);
 int run_import_command(const QStringList& arguments, QTextStream& out, QTextStream& err);
 

@@ -517,32 +517,5 @@ TEST(CarrierFormat, NullColumnsReadAsEmptyAndStoreSafely)
     EXPECT_FALSE(std::get<SmtpFrame>(*decode_carrier(smtp).frame).relay); // a null boolean is false
 }
 
-TEST(CarrierFormat, ListsOfferTheirEntriesInOrder)
-{
-    EXPECT_EQ(protocol_list(), (QStringList{u"FAX"_s, u"FAXSRV"_s, u"GSMAT"_s, u"SMTP"_s, u"SNPP"_s, u"TAP"_s,
-                                            u"TONE"_s, u"UCP"_s, u"WCTP"_s}));
-    EXPECT_EQ(main_tab(Protocol::Smtp), 3);
-    EXPECT_EQ(advanced_tab(Protocol::Fax), 9);
-    EXPECT_EQ(advanced_tab(Protocol::Wctp), 17);
-
-    const QStringList fax = fax_init_strings();
-    const QStringList modem = modem_init_strings();
-    ASSERT_EQ(fax.size(), 9);
-    ASSERT_EQ(modem.size(), 15);
-    EXPECT_EQ(fax.first(), u"(auto)"_s);
-    EXPECT_EQ(modem.first(), u"(auto)"_s);
-    EXPECT_EQ(fax.at(3), u"AT&F1&H3&I2&R2E0V1&C1&D2S0=0"_s);
-    EXPECT_EQ(modem.at(6), u"AT&FQ0V1X4&D2N0S37=5\\N0%C0"_s);
-    // Duplicates stay, each in its place.
-    EXPECT_EQ(modem.count(u"AT&FQ0V1X4&D2N0S37=3B16"_s), 2);
-    EXPECT_EQ(modem.count(u"AT&FQ0V1X4&D2S37=5\\N0%C0"_s), 2);
-    EXPECT_EQ(modem.count(u"AT&FQ0V1X4&D2N0S37=5"_s), 2);
-    EXPECT_EQ(modem.last(), u"AT&FQ0V1X4&D2"_s);
-
-    EXPECT_EQ(carrier_column_names().size(), 14);
-    EXPECT_EQ(carrier_column_names().first(), u"cv_name"_s);
-    EXPECT_EQ(carrier_column_names().last(), u"cv_priority"_s);
-}
-
 } // namespace
 } // namespace cvd::addressbook

@@ -197,17 +197,5 @@ TEST(CarrierRules, NameCharactersAreDigitsAsciiLettersDotDashUnderscore)
     EXPECT_EQ(allowed, u"-.0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz"_s);
 }
 
-TEST(CarrierRules, DeleteRefusesWhileRecipientsOrUnsentMessagesUseTheCarrier)
-{
-    const Notice by_recipients{u"A carrier can not be deleted if there are recipients using it"_s,
-                               u"Unalbe to Delete"_s};
-    const Notice by_messages{u"A carrier can not be deleted if there are cv_messages pending for it"_s,
-                             u"Unable to Delete"_s};
-    EXPECT_EQ(refuse_carrier_delete(true, false), by_recipients);
-    EXPECT_EQ(refuse_carrier_delete(true, true), by_recipients); // whatever the messages are
-    EXPECT_EQ(refuse_carrier_delete(false, true), by_messages);
-    EXPECT_EQ(refuse_carrier_delete(false, false), std::nullopt);
-}
-
 } // namespace
 } // namespace cvd::addressbook

@@ -112,10 +112,10 @@ protected:
 
 TEST_F(GroupStoreTest, AddRefusesInOrderAndStoresTheGroupRow)
 {
-    EXPECT_EQ(refuse_add_group_window(any_recipient(db())),
+    EXPECT_EQ(add_group_window_refusal(*state),
               (Notice{u"At Least One Recipient Must Be Setup First"_s, u"No Recipients"_s}));
     add_person(u"ann"_s, u"Ann Smith"_s);
-    EXPECT_FALSE(refuse_add_group_window(any_recipient(db())));
+    EXPECT_FALSE(add_group_window_refusal(*state));
 
     struct Case
     {
@@ -224,8 +224,8 @@ TEST_F(GroupStoreTest, MembershipIsStoredByFullNameWithTheMarkCutOff)
     ASSERT_FALSE(delete_recipient(db(), u"bob"_s));
     store::Statement stale = db().prepare(u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES ('night', 'x')"_s);
     stale.exec();
-    EXPECT_EQ(group_member_names(db(), u"night"_s), (QStringList{u"Ann Smith"_s}));
-    EXPECT_EQ(group_member_names(db(), u"ops"_s), (QStringList{u"Night"_s}));
+    EXPECT_EQ(group_member_names(*state, u"night"_s), (QStringList{u"Ann Smith"_s}));
+    EXPECT_EQ(group_member_names(*state, u"ops"_s), (QStringList{u"Night"_s}));
 }
 
 TEST_F(GroupStoreTest, DeleteWaitsForPendingMessagesAndRemovesOnlyOwnMemberRows)
@@ -238,7 +238,7 @@ TEST_F(GroupStoreTest, DeleteWaitsForPendingMessagesAndRemovesOnlyOwnMemberRows)
     db().exec(u"INSERT INTO cv_oncalltable (cv_group, cv_recipient) VALUES ('ops', 'ann')"_s);
     db().exec(u"INSERT INTO cv_messages (cv_recipient, cv_message, cv_sent) VALUES ('ops', 'hi', 0)"_s);
 
-    EXPECT_EQ(list_groups(db()), (QList<RecipientListEntry>{{u"all"_s, u"All"_s}, {u"ops"_s, u"Ops"_s}}));
+    EXPECT_EQ(list_groups(*state), (QList<RecipientListEntry>{{u"all"_s, u"All"_s}, {u"ops"_s, u"Ops"_s}}));
     EXPECT_EQ(delete_group(*state, u"ops"_s),
               (Notice{u"A group can not be deleted if there are cv_messages pending for it"_s, u"Unable to Delete"_s}));
     EXPECT_TRUE(read_recipient(db(), u"ops"_s));
@@ -249,7 +249,7 @@ TEST_F(GroupStoreTest, DeleteWaitsForPendingMessagesAndRemovesOnlyOwnMemberRows)
     EXPECT_TRUE(stored_members(u"ops"_s).isEmpty());
     EXPECT_EQ(stored_members(u"all"_s), (QStringList{u"ops"_s}));
     EXPECT_EQ(count(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = ?1"_s, u"ops"_s), 1);
-    EXPECT_EQ(list_groups(db()), (QList<RecipientListEntry>{{u"all"_s, u"All"_s}}));
+    EXPECT_EQ(list_groups(*state), (QList<RecipientListEntry>{{u"all"_s, u"All"_s}}));
 }
 
 TEST_F(GroupStoreTest, MemberApplyIsOneTransaction)

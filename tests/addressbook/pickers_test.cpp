@@ -127,7 +127,7 @@ protected:
     QStringList keys(const PickerFilter& filter)
     {
         QStringList found;
-        for (const PickerEntry& entry : read_filtered_entries(state->global_db, filter, true)) {
+        for (const PickerEntry& entry : filter_recipients(*state, filter, true)) {
             found.append(entry.key);
         }
         return found;
@@ -139,7 +139,7 @@ protected:
 
 TEST_F(PickerStoreTest, EveryRowIsListedInTheListsOrder)
 {
-    const QList<PickerEntry> after = read_picker_entries(state->global_db, true);
+    const QList<PickerEntry> after = picker_entries(*state, true);
     const QList<PickerEntry> expected_after{
         {u"Ann Leeds"_s, u"ann"_s, u"1"_s},
         {u"ann leeds"_s, u"ann2"_s, u"2"_s},
@@ -152,7 +152,7 @@ TEST_F(PickerStoreTest, EveryRowIsListedInTheListsOrder)
 
     // With the marks in front, marked entries gather at the top, groups before ad hoc ones.
     QStringList labels;
-    for (const PickerEntry& entry : read_picker_entries(state->global_db, false)) {
+    for (const PickerEntry& entry : picker_entries(*state, false)) {
         labels.append(entry.label);
     }
     EXPECT_EQ(labels, (QStringList{u"(A) fax anyone"_s, u"(G) Operations"_s, u"Ann Leeds"_s, u"ann leeds"_s, u"bob"_s,

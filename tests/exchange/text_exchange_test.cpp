@@ -1,7 +1,11 @@
+#include "addressbook/groups.h"
+#include "addressbook/pickers.h"
+#include "addressbook/recipients_store.h"
 #include "core/app_state.h"
 #include "core/databases.h"
 #include "core/record_format.h"
 #include "exchange/text_exchange.h"
+#include "intake/registry_transfer.h"
 #include "store/database.h"
 #include "store/schema.h"
 #include "support/printers.h"
@@ -320,8 +324,64 @@ TEST_F(TextExchangeTest, AMalformedRecordEndsTheImportAndTheEarlierRecordsStay)
         const ImportResult result = import_text(*target, ExchangeKind::Carriers, file(u"bad.txt"_s), false);
         EXPECT_EQ(result.box, (Notice{u"Error importing records"_s, u"Import Error"_s})) << record.toStdString();
         EXPECT_EQ(result.imported, 1);
-        EXPECT_EQ(dump(*target, u"cv_carriers"_s, u"cv_name"_s), QStringList{u"a"_s}) << record.toStdString();
+        // Committed: another connection sees the record, and the run holds no transaction open.
+        EXPECT_FALSE(target->global_db.in_transaction());
+        store::Database other = store::Database::open(global_db_path(*target));
+        store::Statement names = other.prepare(u"SELECT group_concat(cv_name) FROM cv_carriers"_s);
+        ASSERT_TRUE(names.step());
+        EXPECT_EQ(names.text(0), u"a"_s) << record.toStdString();
     }
+}
+
+TEST_F(TextExchangeTest, AFailedStatementLeavesNoneOfTheRunsRowsAndAnImportPublishesTheNames)
+{
+    for (int i = 1; i <= 5; ++i) {
+        add_recipient(*source, u"r%1"_s.arg(i), u"R"_s, false);
+    }
+    const QString path = file(u"recip.txt"_s);
+    ASSERT_EQ(export_text(*source, ExchangeKind::Recipients, path).exported, 5);
+    auto target = make_db(u"target"_s);
+    add_recipient(*target, u"kept"_s, u"Kept"_s, false);
+    // The fourth insert of the run fails, as a full disk would fail it.
+    exec(*target, u"CREATE TRIGGER fail_fourth BEFORE INSERT ON cv_recipients WHEN (SELECT count(*) FROM "
+                  "cv_recipients) >= 4 BEGIN SELECT RAISE(ABORT, 'disk full'); END"_s);
+
+    const ImportResult failed = import_text(*target, ExchangeKind::Recipients, path, false);
+    EXPECT_EQ(failed.box, (Notice{u"Error importing records"_s, u"Import Error"_s}));
+    EXPECT_EQ(failed.imported, 0);
+    EXPECT_EQ(dump(*target, u"cv_recipients"_s, u"cv_name"_s), QStringList{u"kept"_s});
+    EXPECT_FALSE(target->global_db.in_transaction());
+
+    exec(*target, u"DROP TRIGGER fail_fourth"_s);
+    EXPECT_EQ(import_text(*target, ExchangeKind::Groups, path, false).imported, 5);
+    const auto published = [&](const QString& key) {
+        return target->registry.value_names(platform::Hive::LocalMachine, key);
+    };
+    EXPECT_EQ(published(intake::recipients_key()), QStringList{u"kept"_s});
+    EXPECT_EQ(published(intake::groups_key()), (QStringList{u"r1"_s, u"r2"_s, u"r3"_s, u"r4"_s, u"r5"_s}));
+}
+
+// Older files and other programs leave flags null; a null flag reads as false wherever rows are picked.
+TEST_F(TextExchangeTest, ARowWhoseFlagsAreNullIsAPlainRecipientEverywhere)
+{
+    add_recipient(*source, u"ops"_s, u"Ops"_s, true);
+    exec(*source, u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_carrier) VALUES ('nul', 'Null', 'net')"_s);
+    exec(*source, u"INSERT INTO cv_messages (cv_recipient, cv_carrier, cv_message) VALUES ('nul', 'net', 'hi')"_s);
+
+    const ExportResult exported = export_text(*source, ExchangeKind::Recipients, file(u"recip.txt"_s));
+    EXPECT_EQ(exported.exported, 1);
+    EXPECT_TRUE(read_file(file(u"recip.txt"_s)).contains("\r\n\"500\",\"nul\",\"Null\","));
+    EXPECT_EQ(export_text(*source, ExchangeKind::Groups, file(u"groups.txt"_s)).exported, 1);
+
+    using addressbook::RecipientListEntry;
+    EXPECT_EQ(addressbook::recipient_list(*source), (QList<RecipientListEntry>{{u"nul"_s, u"Null"_s}}));
+    EXPECT_EQ(addressbook::list_groups(*source), (QList<RecipientListEntry>{{u"ops"_s, u"Ops"_s}}));
+    EXPECT_EQ(addressbook::picker_entries(*source, true),
+              (QList<addressbook::PickerEntry>{{u"Null"_s, u"nul"_s, QString()}, {u"Ops (G)"_s, u"ops"_s, u"7"_s}}));
+    // Its message's cv_sent is null too: not sent, so the recipient stays.
+    EXPECT_EQ(
+        addressbook::delete_listed_recipient(*source, u"nul"_s),
+        (Notice{u"A recipient can not be deleted if there are cv_messages pending for it"_s, u"Unable to Delete"_s}));
 }
 
 TEST_F(TextExchangeTest, GroupMembersWithOverwriteKeepOnlyTheLastMemberOfEachGroup)

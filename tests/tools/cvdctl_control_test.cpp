@@ -73,10 +73,12 @@ TEST_F(CvdctlControl, ListShowsTheAddressBook)
         db.exec(u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_group, cv_on_call) VALUES ('ops', 'Operations', "
                 "-1, -1)"_s);
         db.exec(u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES ('ops', 'bob')"_s);
+        db.exec(u"INSERT INTO cv_recipients (cv_name, cv_carrier) VALUES ('cy', 'net')"_s); // flags null
     }
     const CtlRun recipients = cvdctl({u"list"_s, u"recipients"_s});
     EXPECT_EQ(recipients.status, 0) << recipients.err.toStdString();
-    EXPECT_EQ(recipients.out, u"name\tfull name\tpin\tcarrier\tmax chars\tpriority\nbob\t\t\ttapnet\t\t\n"_s);
+    EXPECT_EQ(recipients.out,
+              u"name\tfull name\tpin\tcarrier\tmax chars\tpriority\nbob\t\t\ttapnet\t\t\ncy\t\t\tnet\t\t\n"_s);
     EXPECT_EQ(cvdctl({u"list"_s, u"groups"_s}).out, u"name\tfull name\ton call\nops\tOperations\tyes\n"_s);
     EXPECT_EQ(cvdctl({u"list"_s, u"members"_s}).out, u"group\trecipient\nops\tbob\n"_s);
     EXPECT_EQ(cvdctl({u"list"_s, u"people"_s}).status, 2);
