@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "queue/send_page.h"
 #include "store/database.h"
+#include "store/tables.h"
 #include "store/unique.h"
 
 #include <QCoreApplication>
@@ -177,12 +178,20 @@ bool IntegrationStopRequest(AppState& state)
 
 void publish_recipients(AppState& state)
 {
-    publish_names(state, recipients_key(), u"SELECT cv_name FROM cv_recipients WHERE (cv_group = 0)"_s);
+    namespace recipients = store::tables::recipients;
+    using store::tables::is_false;
+    publish_names(state, recipients_key(),
+                  u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
+                      is_false(recipients::group));
 }
 
 void publish_groups(AppState& state)
 {
-    publish_names(state, groups_key(), u"SELECT cv_name FROM cv_recipients WHERE (cv_group <> 0)"_s);
+    namespace recipients = store::tables::recipients;
+    using store::tables::is_true;
+    publish_names(state, groups_key(),
+                  u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
+                      is_true(recipients::group));
 }
 
 bool enqueue_for_known_recipient(AppState& state, const QString& procedure, const QString& recipient,

@@ -382,6 +382,13 @@ TEST_F(TextExchangeTest, ARowWhoseFlagsAreNullIsAPlainRecipientEverywhere)
     EXPECT_EQ(
         addressbook::delete_listed_recipient(*source, u"nul"_s),
         (Notice{u"A recipient can not be deleted if there are cv_messages pending for it"_s, u"Unable to Delete"_s}));
+
+    // Other programs find it among the recipients, not among the groups.
+    intake::publish_recipients(*source);
+    intake::publish_groups(*source);
+    const QString transfer = u"SOFTWARE\\Halvern\\Transfer\\"_s;
+    EXPECT_EQ(source->registry.value_names(platform::Hive::LocalMachine, transfer + u"Recipients"_s).size(), 1);
+    EXPECT_EQ(source->registry.value_names(platform::Hive::LocalMachine, transfer + u"Groups"_s).size(), 1);
 }
 
 TEST_F(TextExchangeTest, GroupMembersWithOverwriteKeepOnlyTheLastMemberOfEachGroup)
