@@ -1,12 +1,30 @@
 #pragma once
 
+#include <QtGlobal>
+#include <array>
+
 namespace cvd {
 struct AppState;
+}
+
+namespace cvd::store {
+class Database;
 }
 
 namespace cvd::queue {
 
 class ConsoleView;
+
+// The four counts of the message table, as the counter panels and `cvdctl status` show them. Waiting rows
+// count whatever their run; the others only rows whose transaction lies above a bound (this run's first
+// transaction, or 0 for every run, which still leaves out the closed group rows of transaction 0). The
+// pseudo recipient "cvdscreen" never counts.
+enum class MessageCount { Waiting, Pending, Sent, Failed };
+inline constexpr std::array kMessageCounts{MessageCount::Waiting, MessageCount::Pending, MessageCount::Sent,
+                                           MessageCount::Failed};
+
+// One count over the open global database. Throws store::Error.
+qint64 count_messages(store::Database& db, MessageCount count, qint64 above_transaction);
 
 // Set by whoever has just changed the counts on the operator's behalf; while set, a change of the failed
 // count raises no warning. update_counters clears it as its last act.
