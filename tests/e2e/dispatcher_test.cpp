@@ -221,6 +221,8 @@ TEST_F(DispatcherEndToEnd, EveryAcknowledgedSendOutlivesAnAbruptEndAndKeepsItsWh
 {
     exec(u"INSERT INTO cv_recipients (cv_name, cv_id, cv_carrier, cv_group, cv_on_call) VALUES "
          "('bob', '5551', 'tapnet', 0, 0)"_s);
+    // Once the engine has reported, its pid is on record for the clean-up; none is started after the end.
+    ASSERT_TRUE(eventually([&] { return output().contains(u"engine: Engine ready"_s); })) << output().toStdString();
     const QString long_text = QString(6000, u'x');
     const QStringList texts{u"one"_s, long_text, u"three"_s, u"four"_s};
     for (const QString& text : texts) {
