@@ -8,13 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace cvd::intake {
 
-namespace {
-
-// A status text that starts with this word (in any case) and has more behind it hands in a message line.
-const QString kSendPagePrefix = u"sendpage "_s;
-
-} // namespace
-
 bool LocalChannel::bind(const QString& path)
 {
     return m_receiver.bind(path);

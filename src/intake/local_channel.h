@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 #include <optional>
 
 namespace cvd {
@@ -15,6 +16,8 @@ namespace intake {
 // The kinds of text the local channel carries.
 inline constexpr quint32 kActivityKind = 2; // one line of engine activity
 inline constexpr quint32 kStatusKind = 3;   // the engine's status, or "sendpage " and a message line
+// A status text that starts with this word (in any case) and has more behind it hands in a message line.
+inline constexpr QStringView kSendPagePrefix = u"sendpage ";
 
 // The receiving side of the local channel. It only notes what arrives: activity lines, the engine status and
 // message lines handed in by other programs. The tick turns the message lines into rows (check_wm_list).

@@ -5,7 +5,6 @@
 #include "core/console_view.h"
 #include "core/error_path.h"
 #include "core/prompter.h"
-#include "core/text.h"
 
 using namespace Qt::StringLiterals;
 
@@ -15,17 +14,29 @@ namespace {
 
 const QString kCountersProcedure = u"Procedure: send_form update_counters"_s;
 
-// The counts are written with the flag conditions as literals, so that the planner can use the partial
-// index on waiting rows; only the transaction bound is a parameter.
-qint64 count_rows(AppState& state, const QString& sql, bool this_run)
+// The flag conditions stand as literals, so that the planner can use the partial index on waiting rows;
+// only the transaction bound is a parameter.
+QString count_sql(MessageCount count)
 {
-    return with_retry(state, kCountersProcedure, [&] {
-        store::Statement count = state.global_db.prepare(sql);
-        if (this_run) {
-            count.bind(1, static_cast<qint64>(state.first_transaction));
-        }
-        return count.step() ? count.integer(0).value_or(0) : 0;
-    });
+    const QString head = u"SELECT count(*) FROM cv_messages WHERE "_s;
+    const QString tail = u" AND (cv_recipient <> 'cvdscreen')"_s;
+    switch (count) {
+    case MessageCount::Waiting:
+        return head + u"(cv_scheduled = 0) AND (cv_sent = 0) AND (cv_error = 0)"_s + tail;
+    case MessageCount::Pending:
+        return head + u"(cv_scheduled <> 0) AND (cv_sent = 0) AND (cv_error = 0) AND (cv_transaction > ?1)"_s + tail;
+    case MessageCount::Sent:
+        return head + u"(cv_sent <> 0) AND (cv_error = 0) AND (cv_transaction > ?1)"_s + tail;
+    case MessageCount::Failed:
+        return head + u"(cv_error <> 0) AND (cv_transaction > ?1)"_s + tail;
+    }
+    return {};
+}
+
+qint64 count_rows(AppState& state, MessageCount count)
+{
+    return with_retry(state, kCountersProcedure,
+                      [&] { return count_messages(state.global_db, count, state.first_transaction); });
 }
 
 QString panel_text(const QString& word, qint64 count)
@@ -35,34 +46,30 @@ QString panel_text(const QString& word, qint64 count)
 
 } // namespace
 
+qint64 count_messages(store::Database& db, MessageCount count, qint64 above_transaction)
+{
+    store::Statement select = db.prepare(count_sql(count));
+    if (count != MessageCount::Waiting) {
+        select.bind(1, above_transaction);
+    }
+    return select.step() ? select.integer(0).value_or(0) : 0;
+}
+
 void update_counters(AppState& state, ConsoleView& view, CounterState& counters)
 {
     state.clear_error_counters();
-    const qint64 waiting = count_rows(state,
-                                      u"SELECT count(*) FROM cv_messages WHERE (cv_scheduled = 0) AND (cv_sent = 0) "
-                                      "AND (cv_error = 0) AND (cv_recipient <> 'cvdscreen')"_s,
-                                      false);
+    const qint64 waiting = count_rows(state, MessageCount::Waiting);
     view.set_counter_panel(kSchedPanel, panel_text(u"Sched:"_s, waiting));
     yield_to_event_loop();
-    const qint64 pending =
-        count_rows(state,
-                   u"SELECT count(*) FROM cv_messages WHERE (cv_scheduled <> 0) AND (cv_sent = 0) "
-                   "AND (cv_error = 0) AND (cv_transaction > ?1) AND (cv_recipient <> 'cvdscreen')"_s,
-                   true);
+    const qint64 pending = count_rows(state, MessageCount::Pending);
     view.set_counter_panel(kPendPanel, panel_text(u"Pend:"_s, pending));
     yield_to_event_loop();
-    const qint64 sent = count_rows(state,
-                                   u"SELECT count(*) FROM cv_messages WHERE (cv_sent <> 0) AND (cv_error = 0) "
-                                   "AND (cv_transaction > ?1) AND (cv_recipient <> 'cvdscreen')"_s,
-                                   true);
+    const qint64 sent = count_rows(state, MessageCount::Sent);
     view.set_counter_panel(kSentPanel, panel_text(u"Sent:"_s, sent));
     yield_to_event_loop();
 
     const qint64 old_bad = counters.last_bad;
-    const qint64 bad = count_rows(state,
-                                  u"SELECT count(*) FROM cv_messages WHERE (cv_error <> 0) AND (cv_transaction > ?1) "
-                                  "AND (cv_recipient <> 'cvdscreen')"_s,
-                                  true);
+    const qint64 bad = count_rows(state, MessageCount::Failed);
     counters.last_bad = bad;
     view.set_counter_panel(kBadPanel, panel_text(u"Bad:"_s, bad));
     yield_to_event_loop();

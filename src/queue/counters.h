@@ -1,13 +1,29 @@
 #pragma once
 
 #include <QtGlobal>
+#include <array>
 
 namespace cvd {
 struct AppState;
 class ConsoleView;
 } // namespace cvd
 
+namespace cvd::store {
+class Database;
+}
+
 namespace cvd::queue {
+
+// The four counts of the message table, as the counter panels and `cvdctl status` show them. Waiting rows
+// count whatever their run; the others only rows whose transaction lies above a bound (this run's first
+// transaction, or 0 for every run, which still leaves out the closed group rows of transaction 0). The
+// pseudo recipient "cvdscreen" never counts.
+enum class MessageCount { Waiting, Pending, Sent, Failed };
+inline constexpr std::array kMessageCounts{MessageCount::Waiting, MessageCount::Pending, MessageCount::Sent,
+                                           MessageCount::Failed};
+
+// One count over the open global database. Throws store::Error.
+qint64 count_messages(store::Database& db, MessageCount count, qint64 above_transaction);
 
 struct CounterState
 {

@@ -1,23 +1,19 @@
 #include "tools/control_commands.h"
 
-#include "terminal/terminal_prompter.h"
-#include "core/app_state.h"
-#include "core/clock.h"
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "core/file_ops.h"
-#include "core/startup.h"
-#include "platform/datagram.h"
-#include "platform/folders.h"
+#include "intake/integration_client.h"
+#include "intake/local_channel.h"
 #include "platform/registry.h"
 #include "platform/runtime.h"
+#include "queue/counters.h"
 #include "queue/send_page.h"
 #include "store/database.h"
 #include "tools/direct_access.h"
 
 #include <QElapsedTimer>
 #include <QThread>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -28,49 +24,17 @@ namespace {
 constexpr int kOk = 0;
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
-constexpr quint32 kActivityKind = 2;
-constexpr quint32 kStatusKind = 3;
-const QString kTransferKey = u"SOFTWARE\\Halvern\\Transfer"_s;
 
-platform::Registry machine_store()
+intake::IntegrationClient integration_client()
 {
-    return platform::Registry(platform::Registry::default_root());
-}
-
-// The running program's channel: the published `Socket`, else the usual place in the runtime folder.
-QString channel_path()
-{
-    const std::optional<QString> published =
-        machine_store().read_text(platform::Hive::LocalMachine, kTransferKey, u"Socket"_s);
-    if (published && !published->isEmpty()) {
-        return *published;
-    }
-    return platform::runtime_folder() + u'/' + QLatin1StringView(platform::kSocketName);
-}
-
-bool program_runs()
-{
-    return platform::program_is_running(platform::runtime_folder());
-}
-
-// The channel holds only a few datagrams while the program is busy in a tick; a full channel is tried again
-// for a while before the send counts as failed.
-bool send_to_program(quint32 kind, const QString& text, QString* error)
-{
-    constexpr int kTries = 50;
-    for (int attempt = 1;; ++attempt) {
-        if (platform::send_datagram(channel_path(), kind, text, error)) {
-            return true;
-        }
-        if (attempt == kTries || !program_runs()) {
-            return false;
-        }
-        QThread::msleep(100);
-    }
+    return intake::IntegrationClient(platform::Registry(platform::Registry::default_root()),
+                                     platform::runtime_folder());
 }
 
 } // namespace
 
+// The line becomes a Waiting row here, whether or not the program runs: only a committed row is reported as
+// taken, and the running program takes it at its next tick like any other Waiting row.
 int run_send_command(const QStringList& arguments, QTextStream& out, QTextStream& err)
 {
     QStringList rest = arguments;
@@ -79,19 +43,9 @@ int run_send_command(const QStringList& arguments, QTextStream& out, QTextStream
         err << "cvdctl send: missing the line (RECIPIENT SENDER MESSAGE)\n";
         return kUsage;
     }
-    const QString line = rest.join(u' ');
-    if (program_runs()) {
-        QString error;
-        if (send_to_program(kStatusKind, u"sendpage "_s + line, &error)) {
-            out << "handed to the running program\n";
-            return kOk;
-        }
-        err << "cvdctl send: " << error << '\n';
-        return kFailed;
-    }
     DirectAccess direct(local_db);
     try {
-        const queue::SendPageResult result = queue::SendPage(direct.state, line);
+        const queue::SendPageResult result = queue::SendPage(direct.state, rest.join(u' '));
         if (!result.inserted) {
             err << "cvdctl send: " << result.reason << '\n';
             return kFailed;
@@ -112,16 +66,12 @@ int run_notify_command(const QStringList& arguments, QTextStream& out, QTextStre
     }
     bool ok = false;
     const uint kind = arguments.at(1).toUInt(&ok);
-    if (!ok || (kind != kActivityKind && kind != kStatusKind)) {
+    if (!ok || (kind != intake::kActivityKind && kind != intake::kStatusKind)) {
         err << "cvdctl notify: the kind is 2 (activity line) or 3 (status text)\n";
         return kUsage;
     }
-    if (!program_runs()) {
-        err << "cvdctl notify: Corvane Desk is not running\n";
-        return kFailed;
-    }
     QString error;
-    if (!send_to_program(kind, arguments.mid(2).join(u' '), &error)) {
+    if (!integration_client().notify(kind, arguments.mid(2).join(u' '), &error)) {
         err << "cvdctl notify: " << error << '\n';
         return kFailed;
     }
@@ -136,15 +86,14 @@ int run_stop_command(const QStringList& arguments, QTextStream& out, QTextStream
         err << "cvdctl stop: usage: stop [--timeout SECONDS]\n";
         return kUsage;
     }
-    platform::Registry registry = machine_store();
-    if (!registry.create_key(platform::Hive::LocalMachine, kTransferKey) ||
-        !registry.write_number(platform::Hive::LocalMachine, kTransferKey, u"Stop"_s, 1)) {
+    intake::IntegrationClient client = integration_client();
+    if (!client.request_stop()) {
         err << "cvdctl stop: cannot write the stop request\n";
         return kFailed;
     }
     QElapsedTimer waited;
     waited.start();
-    while (registry.read_number(platform::Hive::LocalMachine, kTransferKey, u"Running"_s).value_or(0) != 0) {
+    while (!client.has_stopped()) {
         if (waited.elapsed() > limit_seconds * 1000LL) {
             err << "cvdctl stop: the program did not stop within " << limit_seconds << " seconds\n";
             return kFailed;
@@ -159,13 +108,12 @@ int run_status_command(const QStringList& arguments, QTextStream& out, QTextStre
 {
     QStringList rest = arguments;
     const bool local_db = take_local_switch(rest);
-    platform::Registry registry = machine_store();
-    const bool running = program_runs();
+    const intake::IntegrationClient client = integration_client();
+    const bool running = client.program_runs();
     out << "running: " << (running ? "yes" : "no") << '\n';
     if (running) {
-        out << "pid: " << registry.read_number(platform::Hive::LocalMachine, kTransferKey, u"Handle"_s).value_or(0)
-            << '\n';
-        out << "socket: " << channel_path() << '\n';
+        out << "pid: " << client.program_pid() << '\n';
+        out << "socket: " << client.channel_path() << '\n';
     }
     DirectAccess direct(local_db);
     const QString path = global_db_path(direct.state);
@@ -175,17 +123,10 @@ int run_status_command(const QStringList& arguments, QTextStream& out, QTextStre
     }
     try {
         store::Database db = store::Database::open(path, store::Database::OpenMode::ReadOnly);
-        // Finished group rows (transaction 0) and the pseudo recipient never count.
-        const QList<std::pair<const char*, QString>> counts{
-            {"waiting", u"(cv_scheduled = 0) AND (cv_sent = 0) AND (cv_error = 0)"_s},
-            {"pending", u"(cv_scheduled <> 0) AND (cv_sent = 0) AND (cv_error = 0)"_s},
-            {"sent", u"(cv_sent <> 0) AND (cv_error = 0) AND (cv_transaction <> 0)"_s},
-            {"failed", u"(cv_error <> 0) AND (cv_transaction <> 0)"_s},
-        };
-        for (const auto& [label, condition] : counts) {
-            store::Statement count = db.prepare(u"SELECT count(*) FROM cv_messages WHERE "_s + condition +
-                                                u" AND (cv_recipient <> 'cvdscreen')"_s);
-            out << label << ": " << (count.step() ? count.integer(0).value_or(0) : 0) << '\n';
+        // The counts of the panels, over every run rather than the running program's own.
+        const char* const labels[] = {"waiting", "pending", "sent", "failed"};
+        for (const queue::MessageCount count : queue::kMessageCounts) {
+            out << labels[static_cast<int>(count)] << ": " << queue::count_messages(db, count, 0) << '\n';
         }
     } catch (const store::Error& error) {
         err << "cvdctl status: " << error.message() << '\n';

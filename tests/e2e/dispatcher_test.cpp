@@ -217,5 +217,24 @@ TEST_F(DispatcherEndToEnd, MessagesFromEveryChannelAreScheduledAndTheEngineIsKep
     EXPECT_FALSE(platform::running_marker_is_held(env.runtime_dir()));
 }
 
+TEST_F(DispatcherEndToEnd, EveryAcknowledgedSendOutlivesAnAbruptEndAndKeepsItsWholeText)
+{
+    exec(u"INSERT INTO cv_recipients (cv_name, cv_id, cv_carrier, cv_group, cv_on_call) VALUES "
+         "('bob', '5551', 'tapnet', 0, 0)"_s);
+    // Once the engine has reported, its pid is on record for the clean-up; none is started after the end.
+    ASSERT_TRUE(eventually([&] { return output().contains(u"engine: Engine ready"_s); })) << output().toStdString();
+    const QString long_text = QString(6000, u'x');
+    const QStringList texts{u"one"_s, long_text, u"three"_s, u"four"_s};
+    for (const QString& text : texts) {
+        ASSERT_EQ(cvdctl({u"send"_s, u"bob"_s, u"ops"_s, text}), 0);
+    }
+    // Nothing is left to finish: the end comes without warning, right after the last answer.
+    cvd.kill();
+    ASSERT_TRUE(cvd.waitForFinished(kBoundMs));
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'bob'"_s), texts.size());
+    EXPECT_EQ(scalar(u"SELECT max(length(cv_message)) FROM cv_messages WHERE cv_recipient = 'bob'"_s),
+              long_text.size());
+}
+
 } // namespace
 } // namespace cvd

@@ -62,6 +62,11 @@ TEST_F(CountersTest, CountsThisRunsRowsAndEveryWaitingRowButNeverThePseudoRecipi
     EXPECT_EQ(view.panels.value(kSentPanel), u"Sent: 1"_s);
     EXPECT_EQ(view.panels.value(kBadPanel), u"Bad: 1"_s);
     EXPECT_EQ(view.refreshes, 1);
+    // Over every run, as `cvdctl status` counts: the earlier run's pending row too, never the closed group row.
+    const qint64 every_run[] = {2, 2, 1, 1};
+    for (const MessageCount count : kMessageCounts) {
+        EXPECT_EQ(count_messages(state->global_db, count, 0), every_run[static_cast<int>(count)]);
+    }
 }
 
 TEST_F(CountersTest, AChangedFailedCountWarnsOnlyWhenAskedForAndNotRightAfterTheOperatorsOwnChange)

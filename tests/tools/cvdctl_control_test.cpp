@@ -44,25 +44,50 @@ TEST_F(CvdctlControl, SendEnqueuesDirectlyWhenTheProgramDoesNotRun)
     EXPECT_TRUE(status.out.contains(u"pending: 0\n"_s));
 }
 
-TEST_F(CvdctlControl, SendAndNotifyGoOverTheChannelWhileTheProgramRuns)
+TEST_F(CvdctlControl, WhileTheProgramRunsSendCommitsTheWholeLineAndNotifyRefusesWhatTheChannelCannotCarry)
 {
     auto lock =
         platform::FileLock::try_lock(env.runtime_dir() + u"/CorvaneDesk.lock"_s, platform::FileLock::Mode::Exclusive);
     platform::DatagramReceiver receiver;
     ASSERT_TRUE(receiver.bind(env.runtime_dir() + u"/CorvaneDesk.sock"_s));
 
-    EXPECT_EQ(cvdctl({u"send"_s, u"bob ops Disk full"_s}).status, 0);
+    const QString long_text(6000, u'x');
+    const CtlRun sent = cvdctl({u"send"_s, u"bob"_s, u"ops"_s, long_text});
+    EXPECT_EQ(sent.status, 0) << sent.err.toStdString();
+    EXPECT_TRUE(sent.out.startsWith(u"enqueued as message "_s)) << sent.out.toStdString();
+    {
+        store::Database db = store::Database::open(global(), store::Database::OpenMode::ReadOnly);
+        store::Statement row = db.prepare(u"SELECT cv_message FROM cv_messages WHERE cv_recipient = 'bob'"_s);
+        ASSERT_TRUE(row.step());
+        EXPECT_EQ(row.text(0), long_text);
+    }
+
     EXPECT_EQ(cvdctl({u"notify"_s, u"--kind"_s, u"2"_s, u"dialing"_s, u"tapnet"_s}).status, 0);
-    const std::optional<platform::Datagram> line = receiver.receive();
-    ASSERT_TRUE(line);
-    EXPECT_EQ(line->kind, 3u);
-    EXPECT_EQ(line->text, u"sendpage bob ops Disk full"_s);
-    const std::optional<platform::Datagram> activity = receiver.receive();
+    const std::optional<platform::Datagram> activity = receiver.receive(); // the first: send used no datagram
     ASSERT_TRUE(activity);
     EXPECT_EQ(activity->kind, 2u);
     EXPECT_EQ(activity->text, u"dialing tapnet"_s);
 
-    EXPECT_EQ(cvdctl({u"notify"_s, u"--kind"_s, u"7"_s, u"x"_s}).status, 2);
+    const struct
+    {
+        QString kind;
+        QString text;
+        int status;
+        QString reason;
+    } refused[] = {
+        {u"3"_s, QString(2047, u'x'), 0, {}},
+        {u"3"_s, QString(2048, u'x'), 1, u"2048 bytes"_s},
+        {u"2"_s, QString(1024, QChar(0x00e9)), 1, u"2048 bytes"_s}, // counted in UTF-8
+        {u"3"_s, u"SendPage bob ops x"_s, 1, u"cvdctl send"_s},
+        {u"7"_s, u"x"_s, 2, {}},
+    };
+    for (const auto& c : refused) {
+        const CtlRun run = cvdctl({u"notify"_s, u"--kind"_s, c.kind, c.text});
+        EXPECT_EQ(run.status, c.status) << c.text.left(20).toStdString();
+        EXPECT_TRUE(run.err.contains(c.reason)) << run.err.toStdString();
+    }
+    ASSERT_TRUE(receiver.receive()); // the one that fits
+    EXPECT_FALSE(receiver.receive());
     EXPECT_TRUE(cvdctl({u"status"_s}).out.contains(u"running: yes\n"_s));
 }
 
