@@ -43,7 +43,12 @@ Statements::Statements(store::Database& db)
                        "WHERE (cv_scheduled = 0) AND (cv_date_time_requested <= ?1) ORDER BY cv_message_id ASC"_s)),
       m_recipient(db.prepare(u"SELECT cv_name, cv_id, cv_carrier, cv_group, cv_on_call, cv_ad_hoc FROM cv_recipients "
                              "WHERE (cv_name = ?1)"_s)),
-      m_members(db.prepare(u"SELECT cv_recipient FROM cv_groups WHERE (cv_group = ?1) ORDER BY rowid"_s)),
+      // One join instead of a look-up per member. A name may stand on several recipient rows; the first one
+      // counts, as it does for a plain row.
+      m_members(db.prepare(u"SELECT g.cv_recipient, r.cv_carrier, r.rowid IS NOT NULL FROM cv_groups AS g "
+                           "LEFT JOIN cv_recipients AS r ON r.rowid = (SELECT rowid FROM cv_recipients "
+                           "WHERE (cv_name = ifnull(g.cv_recipient, '')) ORDER BY rowid LIMIT 1) "
+                           "WHERE (g.cv_group = ?1) ORDER BY g.rowid"_s)),
       m_roster(db.prepare(u"SELECT cv_recipient, cv_start_day, cv_start_time, cv_stop_day, cv_stop_time "
                           "FROM cv_oncalltable WHERE (cv_group = ?1) ORDER BY rowid"_s)),
       m_body(db.prepare(u"SELECT cv_message, cv_from FROM cv_messages WHERE (cv_message_id = ?1)"_s)),
@@ -97,13 +102,14 @@ std::optional<Recipient> Statements::recipient(const QString& name)
     return found;
 }
 
-std::vector<QString> Statements::group_members(const QString& group)
+std::vector<Member> Statements::group_members(const QString& group)
 {
-    std::vector<QString> members;
+    std::vector<Member> members;
     m_members.reset();
     m_members.bind(1, group);
     while (m_members.step()) {
-        members.push_back(text_or_empty(m_members, 0));
+        members.push_back(Member{text_or_empty(m_members, 0),
+                                 m_members.flag(2) ? std::optional(text_or_empty(m_members, 1)) : std::nullopt});
     }
     m_members.reset();
     return members;

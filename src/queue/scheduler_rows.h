@@ -47,6 +47,14 @@ struct RosterSpan
     QTime stop_time;
 };
 
+// A member of a group, in the order the members were added, with the carrier of its recipient row. A member
+// without a recipient row has no carrier.
+struct Member
+{
+    QString name;
+    std::optional<QString> carrier; // null texts read as empty
+};
+
 // What a copied row takes over from its source row.
 struct MessageBody
 {
@@ -74,7 +82,7 @@ public:
 
     std::vector<DueRow> due_rows(const QDateTime& now);
     std::optional<Recipient> recipient(const QString& name);
-    std::vector<QString> group_members(const QString& group);
+    std::vector<Member> group_members(const QString& group);
     std::vector<RosterSpan> roster(const QString& group);
     MessageBody body(qint64 message_id);
 
