@@ -18,9 +18,10 @@ using namespace scheduling;
 
 namespace {
 
-// Plain rows are resolved this many to a transaction: one commit per row would make a large group's members
-// wait on the disk, and a longer transaction would keep other writers (the engine) waiting.
-constexpr std::size_t kPlainRowsPerTransaction = 256;
+// Plain rows are resolved this many to a transaction: every commit waits for the disk, so one per row would make
+// a large group's members wait on it, and a much longer transaction would keep other writers (the engine)
+// waiting. A batch of this size takes a few milliseconds.
+constexpr std::size_t kPlainRowsPerTransaction = 1024;
 
 // The memory of delivered pairs with a set of every pair in it. find_trans walks the whole run of entries of a
 // transaction, which for a large group is every member; the set answers the common case, a pair not
@@ -124,7 +125,7 @@ BatchEnd resolve_plain_rows(Call& call, const std::vector<DueRow>& rows, std::si
         BatchEnd end{first, std::nullopt};
         for (; end.next < rows.size() && end.next - first < kPlainRowsPerTransaction; ++end.next) {
             const DueRow& row = rows[end.next];
-            std::optional<Recipient> recipient = call.statements.recipient(row.recipient);
+            const std::optional<Recipient>& recipient = row.found;
             if (!recipient) {
                 // Nobody of that name: Failed, with its transaction, so that it counts as a failure; its series
                 // ends here.
@@ -132,7 +133,7 @@ BatchEnd resolve_plain_rows(Call& call, const std::vector<DueRow>& rows, std::si
                 continue;
             }
             if (recipient->group) {
-                end.group = std::move(recipient);
+                end.group = recipient;
                 break;
             }
             resolve_plain(call, row, *recipient, now);

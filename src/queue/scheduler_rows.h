@@ -15,18 +15,6 @@ namespace cvd::queue::scheduling {
 
 inline const QString kProcedure = QStringLiteral("Procedure: schedule_messages");
 
-// A due Waiting row as a pass found it. The text and the sender are read only for a row that is copied.
-struct DueRow
-{
-    qint64 id = 0;
-    QString recipient;
-    QString pin;
-    QString requested; // as stored
-    qint64 repeat_interval = 0;
-    std::optional<QString> repeat_stop; // as stored; null ends a series
-    qint32 transaction = 0;
-};
-
 // The recipient row a message names. Null texts read as empty and null flags as false.
 struct Recipient
 {
@@ -36,6 +24,20 @@ struct Recipient
     bool group = false;
     bool on_call = false;
     bool ad_hoc = false;
+};
+
+// A due Waiting row as a pass found it, with the recipient row it names (the first one of that name), read
+// in the same query. The text and the sender are read only for a row that is copied.
+struct DueRow
+{
+    qint64 id = 0;
+    QString recipient;
+    QString pin;
+    QString requested; // as stored
+    qint64 repeat_interval = 0;
+    std::optional<QString> repeat_stop; // as stored; null ends a series
+    qint32 transaction = 0;
+    std::optional<Recipient> found; // none when nobody has that name
 };
 
 struct RosterSpan
