@@ -9,7 +9,6 @@
 #include "support/test_environment.h"
 
 #include <QCryptographicHash>
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <gtest/gtest.h>
@@ -230,45 +229,6 @@ TEST_F(StartupTest, AFileThatIsNoDatabaseHaltsAndIsNeverOverwritten)
     EXPECT_EQ(env.prompter.boxes.front().title, u"CorvaneDesk Fatal Error"_s);
     EXPECT_TRUE(env.prompter.boxes.front().text.startsWith(u"Fatal database error:  26 "_s));
     EXPECT_TRUE(env.prompter.boxes.front().text.endsWith(u"in Procedure: open_database Program Halted"_s));
-    state.reset();
-    EXPECT_EQ(file_hash(path), before);
-}
-
-TEST_F(StartupTest, ADamagedDatabaseHaltsNamingItsLatestBackupAndIsNotWrittenTo)
-{
-    ASSERT_EQ(start().outcome, StartupOutcome::Running);
-    const QString path = global_db_path(*state);
-    // Enough unsent rows that the middle of the file holds rows every start reads.
-    state->global_db.exec(u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2000) "
-                          "INSERT INTO cv_messages (cv_recipient, cv_message, cv_sent) "
-                          "SELECT 'bob', hex(randomblob(150)), 0 FROM n"_s);
-    orderly_shutdown(*state);
-    state.reset();
-    // A conversion's copy from two days ago, and a newer one made while the program ran.
-    const QString noted_copy = env.path(u"monday.mdb"_s);
-    for (const QString& copy : {QString(path + u".v300.bak"_s), noted_copy}) {
-        ASSERT_TRUE(QFile::copy(path, copy));
-    }
-    QFile old_copy(path + u".v300.bak"_s);
-    ASSERT_TRUE(old_copy.open(QIODevice::ReadWrite));
-    old_copy.setFileTime(QDateTime::currentDateTime().addDays(-2), QFileDevice::FileModificationTime);
-    ASSERT_TRUE(note_backup(path, noted_copy));
-    {
-        // Eight pages in the middle overwritten, the header left alone.
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-        ASSERT_TRUE(file.seek(file.size() / 2 / 4096 * 4096));
-        file.write(QByteArray(8 * 4096, '\x5a'));
-    }
-    const QByteArray before = file_hash(path);
-
-    EXPECT_THROW(start(), ProgramHalted);
-    ASSERT_EQ(env.prompter.boxes.size(), 1);
-    EXPECT_EQ(env.prompter.boxes.front().title, u"CorvaneDesk Fatal Error"_s);
-    const QString text = env.prompter.boxes.front().text;
-    EXPECT_TRUE(text.startsWith(u"The database "_s + path + u" is damaged (11"_s)) << text.toStdString();
-    EXPECT_TRUE(text.contains(u"The most recent backup is "_s + noted_copy + u'.')) << text.toStdString();
-    EXPECT_FALSE(state->global_db.is_open());
     state.reset();
     EXPECT_EQ(file_hash(path), before);
 }

@@ -7,6 +7,7 @@
 #include "support/legacy_databases.h"
 #include "support/test_environment.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -195,6 +196,10 @@ TEST(Program, ADamagedDatabaseEndsTheProgramNamingTheLastBackupAndIsLeftAsItWas)
         db.exec(u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2000) INSERT INTO "
                 "cv_messages (cv_recipient, cv_message, cv_sent) SELECT 'bob', hex(randomblob(150)), 0 FROM n"_s);
     }
+    // A conversion's copy of two days ago beside it, and a newer one made with cvdctl.
+    QFile conversion_copy(path + u".v300.bak"_s);
+    ASSERT_TRUE(conversion_copy.open(QIODevice::WriteOnly));
+    conversion_copy.setFileTime(QDateTime::currentDateTime().addDays(-2), QFileDevice::FileModificationTime);
     const QString copy = env.path(u"nightly.mdb"_s);
     ASSERT_EQ(run_to_end(bin_dir() + u"cvdctl"_s, {u"db"_s, u"backup"_s, copy}).status, 0);
     QFile file(path);
