@@ -6,6 +6,11 @@
 #include "core/file_ops.h"
 #include "store/schema.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QSet>
+
 using namespace Qt::StringLiterals;
 
 namespace cvd {
@@ -14,11 +19,37 @@ namespace {
 
 const QString kGlobalProcedure = u"Procedure: open_database"_s;
 const QString kUserProcedure = u"Procedure: open_user_database"_s;
+const QString kBackupNoteSuffix = u".last-backup"_s;
+
+// Files found damaged in this run, by canonical path. They are never opened again, whoever asks.
+QSet<QString>& damaged_files()
+{
+    static QSet<QString> files;
+    return files;
+}
+
+bool known_damaged(const QString& path)
+{
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    return !canonical.isEmpty() && damaged_files().contains(canonical);
+}
+
+void remember_damaged(const QString& path)
+{
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    if (!canonical.isEmpty()) {
+        damaged_files().insert(canonical);
+    }
+}
 
 // Opens and checks one database file. Throws store::Error for a file that is not ours.
 store::Database open_checked(const QString& path, bool global)
 {
-    store::Database db = store::Database::open(path, store::Database::OpenMode::Existing);
+    // What the global database acknowledges must survive a power cut: the queue's rows are promises to other
+    // programs. The user database holds only settings, and may lose its last commits.
+    store::Database db =
+        store::Database::open(path, store::Database::OpenMode::Existing,
+                              global ? store::Database::Durability::Full : store::Database::Durability::Normal);
     const store::FileKind kind = store::classify(db);
     const bool ours = global ? (kind == store::FileKind::Global || kind == store::FileKind::OldLayout)
                              : kind == store::FileKind::User;
@@ -41,6 +72,11 @@ void open_one(AppState& state, store::Database& slot, const QString& path, bool 
     state.clear_error_counters();
     if (slot.is_open()) {
         return;
+    }
+    if (known_damaged(path)) {
+        with_retry(state, global ? kGlobalProcedure : kUserProcedure, [&] {
+            throw store::Error(store::codes::Corrupt, u"the file was found damaged in this run"_s, path);
+        });
     }
     if (!isfile(path)) {
         with_retry(state, global ? u"Procedure: CreateNewGlobalDatabase "_s : u"Procedure: CreateNewUserDatabase "_s,
@@ -82,6 +118,58 @@ void close_user_database(AppState& state)
 {
     state.user_db.close();
     yield_to_event_loop();
+}
+
+bool note_backup(const QString& database_path, const QString& backup_path)
+{
+    QSaveFile note(database_path + kBackupNoteSuffix);
+    if (!note.open(QIODevice::WriteOnly)) {
+        return false;
+    }
+    note.write(QFileInfo(backup_path).absoluteFilePath().toUtf8() + '\n');
+    return note.commit();
+}
+
+QString latest_backup(const QString& database_path)
+{
+    const QFileInfo database(database_path);
+    QFileInfoList candidates = database.dir().entryInfoList({database.fileName() + u".v*.bak"_s}, QDir::Files);
+    QFile note(database_path + kBackupNoteSuffix);
+    if (note.open(QIODevice::ReadOnly)) {
+        const QFileInfo noted(QString::fromUtf8(note.readAll()).trimmed());
+        if (noted.isFile()) {
+            candidates.append(noted);
+        }
+    }
+    QString latest;
+    QDateTime latest_time;
+    for (const QFileInfo& candidate : std::as_const(candidates)) {
+        if (latest.isEmpty() || candidate.lastModified() > latest_time) {
+            latest = candidate.absoluteFilePath();
+            latest_time = candidate.lastModified();
+        }
+    }
+    return latest;
+}
+
+QString abandon_damaged_database(AppState& state, const QString& file)
+{
+    QString damaged;
+    for (store::Database* db : {&state.global_db, &state.user_db}) {
+        if (!db->is_open() || (!file.isEmpty() && db->file_name() != file)) {
+            continue;
+        }
+        if (damaged.isEmpty()) {
+            damaged = db->path();
+        }
+        remember_damaged(db->path());
+        db->abandon();
+    }
+    if (damaged.isEmpty()) {
+        damaged = file.isEmpty() ? global_db_path(state) : file;
+        remember_damaged(damaged);
+    }
+    return damaged;
 }
 
 void get_reg_values(AppState& state)

@@ -37,6 +37,18 @@ void save_settings(AppState& state);
 
 namespace cvd {
 
+// Backups of a database file. Where the last copy made while the program runs went is noted in a small file
+// beside the database, since a damaged database cannot be asked for it. False when the note was not written.
+bool note_backup(const QString& database_path, const QString& backup_path);
+// The most recent backup known of a database file: the noted copy, or a copy a conversion kept beside it
+// ("cvd.mdb.v300.bak"), whichever was written last. Empty when none of them exists.
+QString latest_backup(const QString& database_path);
+
+// Closes every connection of `state` to the damaged file `file` (every connection when `file` is empty)
+// without another statement, and refuses to open that file again in this process, so that nothing more is
+// written to it. Returns the path of the damaged database as the program names it.
+QString abandon_damaged_database(AppState& state, const QString& file);
+
 // True when the open global database is of the current layout and version, so that rows may be added to it.
 // A file that still needs a conversion, or one from a newer program, is not written to by the intake paths.
 bool global_db_is_current(AppState& state);

@@ -2,6 +2,7 @@
 
 #include "core/app_state.h"
 #include "core/clock.h"
+#include "core/databases.h"
 #include "core/prompter.h"
 #include "platform/files.h"
 #include "store/database.h"
@@ -26,17 +27,17 @@ constexpr int kHaltNow = 100;
 
 ErrorInfo database_error_info(const store::Error& error)
 {
-    return {ErrorKind::Engine, error.code(), error.message(), store::is_transient_error(error.code())};
+    return {ErrorKind::Engine, error.code(), error.message(), store::is_transient_error(error.code()), error.file()};
 }
 
 ErrorInfo file_error_info(int error_number)
 {
-    return {ErrorKind::File, error_number, platform::error_text(error_number), true};
+    return {ErrorKind::File, error_number, platform::error_text(error_number), true, {}};
 }
 
 ErrorInfo other_error_info(int number, const QString& description)
 {
-    return {ErrorKind::Other, number, description, false};
+    return {ErrorKind::Other, number, description, false, {}};
 }
 
 QString halting_text(const ErrorInfo& error, const QString& procedure)
@@ -55,6 +56,16 @@ QString halting_text(const ErrorInfo& error, const QString& procedure)
     return u"Error #"_s + number + u' ' + error.description + u" in "_s + procedure;
 }
 
+QString damaged_text(const ErrorInfo& error, const QString& damaged_file, const QString& backup)
+{
+    const QString known_backup =
+        backup.isEmpty() ? u"No backup of it is known."_s : u"The most recent backup is "_s + backup + u'.';
+    return u"The database "_s + damaged_file + u" is damaged ("_s + QString::number(error.number) + u' ' +
+           error.description + u"). Nothing more has been written to it and the program ends now. "_s + known_backup +
+           u" Stop every program that uses the database, set the damaged file aside together with its -wal and "
+           "-shm files, and put the backup in its place."_s;
+}
+
 namespace {
 
 [[noreturn]] void halt(AppState& state, const ErrorInfo& error, const QString& procedure)
@@ -64,11 +75,39 @@ namespace {
     throw ProgramHalted(text);
 }
 
+// A file that does not read as a database at all is damaged only when it was open as one of ours; before that,
+// it is a file that is not ours, which has a box of its own.
+bool is_damaged_database(const AppState& state, const ErrorInfo& error)
+{
+    if (error.kind != ErrorKind::Engine || !store::is_damage_error(error.number)) {
+        return false;
+    }
+    if ((error.number & 0xff) == store::codes::Corrupt) {
+        return true;
+    }
+    return !error.file.isEmpty() &&
+           (error.file == state.global_db.file_name() || error.file == state.user_db.file_name());
+}
+
+// The writes stop before the box is shown: it may stand for a long time.
+[[noreturn]] void halt_damaged(AppState& state, const ErrorInfo& error, const QString& procedure)
+{
+    const QString damaged_file = abandon_damaged_database(state, error.file);
+    ErrorInfo located = error;
+    located.description += u" in "_s + procedure;
+    const QString text = damaged_text(located, damaged_file, latest_backup(damaged_file));
+    state.prompter.show_box({text, state.app_title + u" Fatal Error"_s, BoxIcon::Critical});
+    throw ProgramHalted(text);
+}
+
 } // namespace
 
 void handle_error(AppState& state, const QString& procedure, const ErrorInfo& error)
 {
     ++state.error_count;
+    if (is_damaged_database(state, error)) {
+        halt_damaged(state, error, procedure);
+    }
     switch (error.kind) {
     case ErrorKind::Engine:
         if (!error.retryable) {

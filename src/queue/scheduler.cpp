@@ -10,6 +10,7 @@
 #include <QSet>
 #include <cstddef>
 #include <utility>
+#include <vector>
 
 namespace cvd::queue {
 
@@ -17,13 +18,15 @@ using namespace scheduling;
 
 namespace {
 
-// Plain rows are resolved this many to a transaction: one commit per row would make a large group's members
-// wait on the disk, and a longer transaction would keep other writers (the engine) waiting.
-constexpr std::size_t kPlainRowsPerTransaction = 256;
+// Plain rows are resolved this many to a transaction: every commit waits for the disk, so one per row would make
+// a large group's members wait on it, and a much longer transaction would keep other writers (the engine)
+// waiting. A batch of this size takes a few milliseconds.
+constexpr std::size_t kPlainRowsPerTransaction = 1024;
 
 // The memory of delivered pairs with a set of every pair in it. find_trans walks the whole run of entries of a
 // transaction, which for a large group is every member; the set answers the common case, a pair not
 // remembered at all, at once and with find_trans's own result, and leaves every other case to find_trans.
+// Within a call both only grow, so that going back to a mark takes no copy of either.
 class DeliveredPairs
 {
 public:
@@ -41,24 +44,30 @@ public:
         }
         m_list.add(transaction, name);
         m_pairs.insert({transaction, name});
+        m_added.push_back({transaction, name});
         return false;
     }
 
-    struct Snapshot
+    struct Mark
     {
-        TransList list;
-        QSet<std::pair<qint32, QString>> pairs;
+        std::size_t entries = 0;
+        std::size_t added = 0;
     };
-    Snapshot snapshot() const { return {m_list, m_pairs}; }
-    void restore(const Snapshot& snapshot)
+    Mark mark() const { return {m_list.size(), m_added.size()}; }
+    // Forgets every pair remembered since the mark.
+    void go_back(const Mark& mark)
     {
-        m_list = snapshot.list;
-        m_pairs = snapshot.pairs;
+        m_list.truncate(mark.entries);
+        for (std::size_t i = mark.added; i < m_added.size(); ++i) {
+            m_pairs.remove(m_added[i]);
+        }
+        m_added.resize(mark.added);
     }
 
 private:
     TransList& m_list;
     QSet<std::pair<qint32, QString>> m_pairs;
+    std::vector<std::pair<qint32, QString>> m_added; // the pairs the set took in this call, in order
 };
 
 struct Call
@@ -107,16 +116,16 @@ void resolve_plain(Call& call, const DueRow& row, const Recipient& recipient, co
 // Resolves rows from `first` on as plain rows, in one transaction, until a group's row or the end of the batch.
 BatchEnd resolve_plain_rows(Call& call, const std::vector<DueRow>& rows, std::size_t first)
 {
-    const DeliveredPairs::Snapshot remembered = call.delivered.snapshot();
+    const DeliveredPairs::Mark remembered = call.delivered.mark();
     return with_retry(call.state, kProcedure, [&] {
         // A batch run again after a failure must not take its own pairs of the failed attempt for duplicates.
-        call.delivered.restore(remembered);
+        call.delivered.go_back(remembered);
         store::Transaction transaction(call.state.global_db);
         const QDateTime now = call.state.clock.now();
         BatchEnd end{first, std::nullopt};
         for (; end.next < rows.size() && end.next - first < kPlainRowsPerTransaction; ++end.next) {
             const DueRow& row = rows[end.next];
-            std::optional<Recipient> recipient = call.statements.recipient(row.recipient);
+            const std::optional<Recipient>& recipient = row.found;
             if (!recipient) {
                 // Nobody of that name: Failed, with its transaction, so that it counts as a failure; its series
                 // ends here.
@@ -124,7 +133,7 @@ BatchEnd resolve_plain_rows(Call& call, const std::vector<DueRow>& rows, std::si
                 continue;
             }
             if (recipient->group) {
-                end.group = std::move(recipient);
+                end.group = recipient;
                 break;
             }
             resolve_plain(call, row, *recipient, now);
@@ -139,10 +148,11 @@ BatchEnd resolve_plain_rows(Call& call, const std::vector<DueRow>& rows, std::si
 Expansion plan_expansion(Call& call, const DueRow& row, const Recipient& group, const QDateTime& now)
 {
     Expansion plan;
-    const std::vector<QString> members = call.statements.group_members(row.recipient);
+    const std::vector<Member> members = call.statements.group_members(row.recipient);
     if (members.empty()) {
         return plan;
     }
+    plan.rows.reserve(members.size());
     if (group.on_call) {
         // Everyone whose span holds now gets a row. A span whose person no longer exists still counts as
         // somebody on call, and gets nothing.
@@ -157,11 +167,11 @@ Expansion plan_expansion(Call& call, const DueRow& row, const Recipient& group, 
         }
         return plan;
     }
-    for (const QString& member : members) {
+    for (const Member& member : members) {
         // A member without a recipient row is skipped without a word.
-        if (const std::optional<Recipient> recipient = call.statements.recipient(member)) {
+        if (member.carrier) {
             plan.nobody_found = false;
-            plan.rows.push_back(NewRow{member, group.id, recipient->carrier, row.requested, 0, row.repeat_stop});
+            plan.rows.push_back(NewRow{member.name, group.id, *member.carrier, row.requested, 0, row.repeat_stop});
         }
     }
     return plan;

@@ -37,13 +37,23 @@ QString text_or_empty(const store::Statement& statement, int column)
 
 Statements::Statements(store::Database& db)
     : m_db(db),
-      // cv_scheduled = 0 stands as a literal: only then can the planner use the partial index of due rows.
-      m_due(db.prepare(u"SELECT cv_message_id, cv_recipient, cv_pin, cv_date_time_requested, cv_repeat_interval, "
-                       "cv_repeat_stop, cv_transaction FROM cv_messages "
-                       "WHERE (cv_scheduled = 0) AND (cv_date_time_requested <= ?1) ORDER BY cv_message_id ASC"_s)),
+      // cv_scheduled = 0 stands as a literal: only then can the planner use the partial index of due rows. The
+      // recipient comes by a join rather than by a look-up per row; of several rows of one name the first counts.
+      m_due(db.prepare(u"SELECT m.cv_message_id, m.cv_recipient, m.cv_pin, m.cv_date_time_requested, "
+                       "m.cv_repeat_interval, m.cv_repeat_stop, m.cv_transaction, r.rowid IS NOT NULL, r.cv_name, "
+                       "r.cv_id, r.cv_carrier, r.cv_group, r.cv_on_call, r.cv_ad_hoc FROM cv_messages AS m "
+                       "LEFT JOIN cv_recipients AS r ON r.rowid = (SELECT rowid FROM cv_recipients "
+                       "WHERE (cv_name = ifnull(m.cv_recipient, '')) ORDER BY rowid LIMIT 1) "
+                       "WHERE (m.cv_scheduled = 0) AND (m.cv_date_time_requested <= ?1) "
+                       "ORDER BY m.cv_message_id ASC"_s)),
       m_recipient(db.prepare(u"SELECT cv_name, cv_id, cv_carrier, cv_group, cv_on_call, cv_ad_hoc FROM cv_recipients "
                              "WHERE (cv_name = ?1)"_s)),
-      m_members(db.prepare(u"SELECT cv_recipient FROM cv_groups WHERE (cv_group = ?1) ORDER BY rowid"_s)),
+      // One join instead of a look-up per member. A name may stand on several recipient rows; the first one
+      // counts, as it does for a plain row.
+      m_members(db.prepare(u"SELECT g.cv_recipient, r.cv_carrier, r.rowid IS NOT NULL FROM cv_groups AS g "
+                           "LEFT JOIN cv_recipients AS r ON r.rowid = (SELECT rowid FROM cv_recipients "
+                           "WHERE (cv_name = ifnull(g.cv_recipient, '')) ORDER BY rowid LIMIT 1) "
+                           "WHERE (g.cv_group = ?1) ORDER BY g.rowid"_s)),
       m_roster(db.prepare(u"SELECT cv_recipient, cv_start_day, cv_start_time, cv_stop_day, cv_stop_time "
                           "FROM cv_oncalltable WHERE (cv_group = ?1) ORDER BY rowid"_s)),
       m_body(db.prepare(u"SELECT cv_message, cv_from FROM cv_messages WHERE (cv_message_id = ?1)"_s)),
@@ -78,6 +88,10 @@ std::vector<DueRow> Statements::due_rows(const QDateTime& now)
         row.repeat_interval = m_due.integer(4).value_or(0);
         row.repeat_stop = m_due.text(5);
         row.transaction = static_cast<qint32>(m_due.integer(6).value_or(0));
+        if (m_due.flag(7)) {
+            row.found = Recipient{text_or_empty(m_due, 8), text_or_empty(m_due, 9), text_or_empty(m_due, 10),
+                                  m_due.flag(11),          m_due.flag(12),          m_due.flag(13)};
+        }
         rows.push_back(std::move(row));
     }
     m_due.reset();
@@ -97,13 +111,14 @@ std::optional<Recipient> Statements::recipient(const QString& name)
     return found;
 }
 
-std::vector<QString> Statements::group_members(const QString& group)
+std::vector<Member> Statements::group_members(const QString& group)
 {
-    std::vector<QString> members;
+    std::vector<Member> members;
     m_members.reset();
     m_members.bind(1, group);
     while (m_members.step()) {
-        members.push_back(text_or_empty(m_members, 0));
+        members.push_back(Member{text_or_empty(m_members, 0),
+                                 m_members.flag(2) ? std::optional(text_or_empty(m_members, 1)) : std::nullopt});
     }
     m_members.reset();
     return members;

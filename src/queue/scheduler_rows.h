@@ -15,18 +15,6 @@ namespace cvd::queue::scheduling {
 
 inline const QString kProcedure = QStringLiteral("Procedure: schedule_messages");
 
-// A due Waiting row as a pass found it. The text and the sender are read only for a row that is copied.
-struct DueRow
-{
-    qint64 id = 0;
-    QString recipient;
-    QString pin;
-    QString requested; // as stored
-    qint64 repeat_interval = 0;
-    std::optional<QString> repeat_stop; // as stored; null ends a series
-    qint32 transaction = 0;
-};
-
 // The recipient row a message names. Null texts read as empty and null flags as false.
 struct Recipient
 {
@@ -38,6 +26,20 @@ struct Recipient
     bool ad_hoc = false;
 };
 
+// A due Waiting row as a pass found it, with the recipient row it names (the first one of that name), read
+// in the same query. The text and the sender are read only for a row that is copied.
+struct DueRow
+{
+    qint64 id = 0;
+    QString recipient;
+    QString pin;
+    QString requested; // as stored
+    qint64 repeat_interval = 0;
+    std::optional<QString> repeat_stop; // as stored; null ends a series
+    qint32 transaction = 0;
+    std::optional<Recipient> found; // none when nobody has that name
+};
+
 struct RosterSpan
 {
     QString recipient;
@@ -45,6 +47,14 @@ struct RosterSpan
     QTime start_time;
     int stop_day = 0;
     QTime stop_time;
+};
+
+// A member of a group, in the order the members were added, with the carrier of its recipient row. A member
+// without a recipient row has no carrier.
+struct Member
+{
+    QString name;
+    std::optional<QString> carrier; // null texts read as empty
 };
 
 // What a copied row takes over from its source row.
@@ -74,7 +84,7 @@ public:
 
     std::vector<DueRow> due_rows(const QDateTime& now);
     std::optional<Recipient> recipient(const QString& name);
-    std::vector<QString> group_members(const QString& group);
+    std::vector<Member> group_members(const QString& group);
     std::vector<RosterSpan> roster(const QString& group);
     MessageBody body(qint64 message_id);
 

@@ -21,6 +21,13 @@ bool TransList::find_trans(qint32 transaction, const QString& name)
     return false;
 }
 
+void TransList::truncate(std::size_t count)
+{
+    if (count < m_entries.size()) {
+        m_entries.resize(count);
+    }
+}
+
 void TransList::inc_trans_life()
 {
     for (Entry& entry : m_entries)

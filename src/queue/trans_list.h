@@ -36,6 +36,10 @@ public:
     // so a pair written in one tick is gone after the ageing of the fourth tick that follows.
     void inc_trans_life();
 
+    // Forgets every entry after the first `count`, so that a step run again after a failure does not meet the
+    // pairs its failed attempt wrote.
+    void truncate(std::size_t count);
+
     const std::vector<Entry>& entries() const { return m_entries; }
     bool empty() const { return m_entries.empty(); }
     std::size_t size() const { return m_entries.size(); }

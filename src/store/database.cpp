@@ -18,20 +18,26 @@ QString error_text(sqlite3* db)
     return db ? QString::fromUtf8(sqlite3_errmsg(db)) : u"database is not open"_s;
 }
 
+QString file_of(sqlite3* db)
+{
+    const char* name = db ? sqlite3_db_filename(db, "main") : nullptr;
+    return name ? QString::fromUtf8(name) : QString();
+}
+
 [[noreturn]] void fail(int code, sqlite3* db, const QString& context)
 {
     QString message = error_text(db);
     if (!context.isEmpty()) {
         message += u" (in: "_s + context + u')';
     }
-    throw Error(code, message);
+    throw Error(code, message, file_of(db));
 }
 
 } // namespace
 
-Error::Error(int code, const QString& message)
+Error::Error(int code, const QString& message, QString file)
     : std::runtime_error(QStringLiteral("SQLite error %1: %2").arg(code).arg(message).toStdString()), m_code(code),
-      m_message(message)
+      m_message(message), m_file(std::move(file))
 {
 }
 
@@ -140,7 +146,7 @@ bool Statement::step()
         const QString sql = QString::fromUtf8(sqlite3_sql(m_stmt));
         const QString message = error_text(m_db);
         sqlite3_reset(m_stmt);
-        throw Error(rc, message + u" (in: "_s + sql + u')');
+        throw Error(rc, message + u" (in: "_s + sql + u')', file_of(m_db));
     }
     return false;
 }
@@ -246,7 +252,7 @@ Database::~Database()
     close();
 }
 
-Database Database::open(const QString& path, OpenMode mode)
+Database Database::open(const QString& path, OpenMode mode, Durability durability)
 {
     int flags = SQLITE_OPEN_NOMUTEX;
     switch (mode) {
@@ -270,7 +276,15 @@ Database Database::open(const QString& path, OpenMode mode)
     }
     sqlite3_extended_result_codes(db, 1);
     sqlite3_busy_timeout(db, kBusyTimeoutMs);
-    return Database(db, path);
+    Database opened(db, path);
+    // A setting of the connection, not of the file: nothing is written.
+    opened.exec(durability == Durability::Full ? u"PRAGMA synchronous=FULL"_s : u"PRAGMA synchronous=NORMAL"_s);
+    return opened;
+}
+
+QString Database::file_name() const
+{
+    return file_of(m_db);
 }
 
 void Database::close()
@@ -278,6 +292,14 @@ void Database::close()
     m_cache.reset();
     // close_v2 waits for statements still alive; they finalize later without touching a freed handle.
     sqlite3_close_v2(std::exchange(m_db, nullptr));
+}
+
+void Database::abandon()
+{
+    if (m_db) {
+        sqlite3_db_config(m_db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    }
+    close();
 }
 
 Statement& Database::cached(const QString& sql)
@@ -325,7 +347,7 @@ void Database::exec(const QString& sql)
     if (rc != SQLITE_OK) {
         QString text = message ? QString::fromUtf8(message) : error_text(m_db);
         sqlite3_free(message);
-        throw Error(rc, text + u" (in: "_s + sql + u')');
+        throw Error(rc, text + u" (in: "_s + sql + u')', file_of(m_db));
     }
 }
 
@@ -391,7 +413,6 @@ void Database::enable_wal()
         throw Error(SQLITE_ERROR, u"could not switch to write-ahead logging, journal mode is '"_s + answer +
                                       u"' (in: "_s + m_path + u')');
     }
-    exec(u"PRAGMA synchronous=NORMAL"_s);
 }
 
 // ---- Transaction ----

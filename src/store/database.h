@@ -13,18 +13,22 @@ struct sqlite3_stmt;
 
 namespace cvd::store {
 
-// A failed database call. code() is SQLite's extended result code; its low byte is the primary code.
+// A failed database call. code() is SQLite's extended result code; its low byte is the primary code. file() is
+// the database file of the connection that failed, as Database::file_name() gives it, or empty when the failure
+// did not come from a connection.
 class Error : public std::runtime_error
 {
 public:
-    Error(int code, const QString& message);
+    Error(int code, const QString& message, QString file = {});
     int code() const { return m_code; }
     int primary_code() const { return m_code & 0xff; }
     QString message() const { return m_message; }
+    const QString& file() const { return m_file; }
 
 private:
     int m_code;
     QString m_message;
+    QString m_file;
 };
 
 // Result codes the rest of the program names without seeing SQLite's header.
@@ -97,6 +101,14 @@ public:
         ReadOnly,
     };
 
+    // When a commit counts as done. Full: once it is on the disk, so that a power cut cannot take it back.
+    // Normal: once it is in the operating system's hands; in write-ahead mode a power cut may lose the last
+    // commits, never the file.
+    enum class Durability {
+        Full,
+        Normal,
+    };
+
     Database() = default;
     Database(Database&& other) noexcept;
     Database& operator=(Database&& other) noexcept;
@@ -105,11 +117,18 @@ public:
     ~Database();
 
     // Opens the file. Nothing is written to it. Throws Error.
-    static Database open(const QString& path, OpenMode mode = OpenMode::Existing);
+    static Database open(const QString& path, OpenMode mode = OpenMode::Existing,
+                         Durability durability = Durability::Full);
 
     bool is_open() const { return m_db != nullptr; }
     const QString& path() const { return m_path; }
+    // The file's full name as the connection knows it; empty when closed.
+    QString file_name() const;
     void close();
+    // Closes the connection without another statement and without the checkpoint that the last connection to
+    // a file in write-ahead mode makes on closing: for a file found damaged, to which nothing more may be
+    // written. An open transaction is dropped, which in write-ahead mode leaves the file as it is.
+    void abandon();
 
     Statement prepare(const QString& sql);
     // A statement prepared once per connection and handed out again, reset and without bindings, for loops

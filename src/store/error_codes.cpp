@@ -29,4 +29,10 @@ bool is_transient_error(int extended_code)
     }
 }
 
+bool is_damage_error(int extended_code)
+{
+    const int primary = extended_code & 0xff;
+    return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB;
+}
+
 } // namespace cvd::store

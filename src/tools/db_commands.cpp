@@ -54,6 +54,11 @@ int backup(AppState& state, const QString& target, QTextStream& out, QTextStream
     }
     store::backup_to(state.global_db, target, breathe);
     out << "backed up " << global_db_path(state) << " to " << target << '\n';
+    // Noted beside the database, so that the box of a damaged database can name the copy to go back to.
+    if (!note_backup(global_db_path(state), target)) {
+        err << "cvdctl db backup: the backup is made, but where it went could not be noted beside the database\n";
+        return kFailed;
+    }
     return kOk;
 }
 

@@ -1,8 +1,11 @@
 #include "core/app_state.h"
+#include "core/databases.h"
 #include "core/error_path.h"
 #include "store/database.h"
 #include "support/test_environment.h"
 
+#include <QDir>
+#include <QFile>
 #include <cerrno>
 #include <gtest/gtest.h>
 
@@ -12,6 +15,12 @@ namespace cvd {
 namespace {
 
 const QString kProcedure = u"Procedure: open_database"_s;
+
+QByteArray file_bytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 // Feeds the same error to the common path until it halts; returns how many failures that took.
 int failures_until_halt(AppState& state, const ErrorInfo& error, int limit)
@@ -64,6 +73,35 @@ TEST(HandleError, ADatabaseErrorThatNoRetryMendsHaltsAtOnce)
     EXPECT_EQ(failures_until_halt(*state, corrupt, 5), 1);
     EXPECT_TRUE(env.clock.waits.isEmpty());
     EXPECT_TRUE(env.prompter.boxes.front().text.startsWith(u"Fatal database error:  26 "_s));
+}
+
+TEST(HandleError, ADamagedDatabaseIsClosedWithoutAnotherWriteAndHaltsAtOnce)
+{
+    // Damaged pages and indexes, and a file that no longer reads as a database although it opened as one.
+    for (const int code : {store::codes::Corrupt, 779, store::codes::NotADb}) {
+        testing::TestEnvironment env;
+        auto state = env.make_state();
+        QDir().mkpath(env.global_db_folder());
+        state->global_db_folder = env.global_db_folder();
+        open_database(*state);
+        // A commit that waits in the write-ahead log: closing the file as usual would write it into the file.
+        state->global_db.exec(u"INSERT INTO cv_carriers (cv_name) VALUES ('Pager')"_s);
+        const QString path = global_db_path(*state);
+        const QByteArray before = file_bytes(path);
+        const ErrorInfo damaged = database_error_info(
+            store::Error(code, u"database disk image is malformed"_s, state->global_db.file_name()));
+
+        EXPECT_EQ(failures_until_halt(*state, damaged, 5), 1) << code;
+        EXPECT_FALSE(state->global_db.is_open());
+        ASSERT_EQ(env.prompter.boxes.size(), 1);
+        EXPECT_TRUE(env.prompter.boxes.front().text.startsWith(u"The database "_s + path + u" is damaged ("_s +
+                                                               QString::number(code)));
+        EXPECT_TRUE(env.prompter.boxes.front().text.contains(u"No backup of it is known."_s));
+        // Nor is it opened again in this run.
+        EXPECT_THROW(open_database(*state), ProgramHalted);
+        state.reset();
+        EXPECT_TRUE(file_bytes(path) == before) << code;
+    }
 }
 
 TEST(HandleError, AFileErrorHaltsAtThe1681stFailure)

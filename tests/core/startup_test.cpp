@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFile>
 #include <gtest/gtest.h>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -90,6 +91,13 @@ TEST_F(StartupTest, AFirstStartCreatesBothDatabasesInTheDataFolders)
         count_rows(global_db_path(*state),
                    u"SELECT cv_value FROM cv_settings WHERE cv_category = 'database' AND cv_name = 'rebuild_index'"_s),
         1);
+    // The queue's commits wait for the disk (FULL); the user's settings need not (NORMAL).
+    open_user_database(*state);
+    for (const auto& [db, level] : {std::pair{&state->global_db, 2}, std::pair{&state->user_db, 1}}) {
+        store::Statement synchronous = db->prepare(u"PRAGMA synchronous"_s);
+        ASSERT_TRUE(synchronous.step());
+        EXPECT_EQ(synchronous.integer(0), level) << db->path().toStdString();
+    }
 }
 
 TEST_F(StartupTest, DataRootsThatDoNotExistYetAreCreated)

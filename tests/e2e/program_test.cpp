@@ -7,6 +7,7 @@
 #include "support/legacy_databases.h"
 #include "support/test_environment.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -181,6 +182,39 @@ TEST(Program, AFileThatIsNoDatabaseEndsTheProgramWithTheFatalText)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), junk);
+}
+
+TEST(Program, ADamagedDatabaseEndsTheProgramNamingTheLastBackupAndIsLeftAsItWas)
+{
+    testing::TestEnvironment env;
+    QDir().mkpath(env.global_db_folder());
+    const QString path = env.global_db_folder() + u"cvd.mdb"_s;
+    store::create_global_database(path);
+    {
+        // Unsent rows enough that the middle of the file holds rows every start reads.
+        store::Database db = store::Database::open(path);
+        db.exec(u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2000) INSERT INTO "
+                "cv_messages (cv_recipient, cv_message, cv_sent) SELECT 'bob', hex(randomblob(150)), 0 FROM n"_s);
+    }
+    // A conversion's copy of two days ago beside it, and a newer one made with cvdctl.
+    QFile conversion_copy(path + u".v300.bak"_s);
+    ASSERT_TRUE(conversion_copy.open(QIODevice::WriteOnly));
+    conversion_copy.setFileTime(QDateTime::currentDateTime().addDays(-2), QFileDevice::FileModificationTime);
+    const QString copy = env.path(u"nightly.mdb"_s);
+    ASSERT_EQ(run_to_end(bin_dir() + u"cvdctl"_s, {u"db"_s, u"backup"_s, copy}).status, 0);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.seek(file.size() / 2 / 4096 * 4096));
+    file.write(QByteArray(8 * 4096, '\x5a'));
+    ASSERT_TRUE(file.seek(0));
+    const QByteArray damaged = file.readAll();
+
+    const Finished run = run_to_end(bin_dir() + u"cvd"_s, {u"--headless"_s});
+    EXPECT_NE(run.status, 0);
+    EXPECT_TRUE(run.err.contains(u"The database "_s + path + u" is damaged"_s)) << run.err.toStdString();
+    EXPECT_TRUE(run.err.contains(u"The most recent backup is "_s + copy + u'.')) << run.err.toStdString();
+    ASSERT_TRUE(file.seek(0));
+    EXPECT_TRUE(file.readAll() == damaged);
 }
 
 TEST(Program, AnOldDatabaseIsConvertedAtStartAndOneTooOldIsRefused)

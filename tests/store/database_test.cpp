@@ -177,10 +177,12 @@ TEST(DatabaseWal, SwitchingToWriteAheadLoggingLastsAndIsChecked)
         db.exec(u"CREATE TABLE t (x)"_s);
         EXPECT_EQ(query_value(db, u"PRAGMA journal_mode"_s), u"delete"_s);
         db.enable_wal();
-        EXPECT_EQ(query_value(db, u"PRAGMA synchronous"_s), u"1"_s); // NORMAL
+        // How durable a commit is stays as the connection was opened: FULL unless asked otherwise.
+        EXPECT_EQ(query_value(db, u"PRAGMA synchronous"_s), u"2"_s);
     }
-    Database again = Database::open(path);
+    Database again = Database::open(path, Database::OpenMode::Existing, Database::Durability::Normal);
     EXPECT_EQ(query_value(again, u"PRAGMA journal_mode"_s), u"wal"_s);
+    EXPECT_EQ(query_value(again, u"PRAGMA synchronous"_s), u"1"_s);
 
     // A database that cannot log ahead says so instead of going on in another mode.
     Database memory = Database::open(u":memory:"_s, Database::OpenMode::CreateIfMissing);
