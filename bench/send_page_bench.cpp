@@ -5,6 +5,7 @@
 #include "core/databases.h"
 #include "core/prompter.h"
 #include "platform/registry.h"
+#include "queue/enqueue.h"
 #include "queue/send_page.h"
 #include "store/database.h"
 #include "store/schema.h"
@@ -54,8 +55,8 @@ void BM_InsertWaitingMessage(benchmark::State& bench)
     cvd::open_database(fixture.state);
     const cvd::queue::NewMessage message{u"bob"_s, u"Disk full on db1, please look"_s, u"tapnet"_s, u"ops"_s};
     for (auto _ : bench) {
-        const qint32 transaction = cvd::store::get_unique(fixture.state.global_db);
-        benchmark::DoNotOptimize(cvd::queue::insert_waiting_message(fixture.state, message, transaction, 15));
+        benchmark::DoNotOptimize(
+            cvd::queue::insert_waiting_message(fixture.state.global_db, fixture.clock.now(), message, 15));
     }
     bench.SetItemsProcessed(bench.iterations());
 }

@@ -6,10 +6,9 @@
 #include "core/file_ops.h"
 #include "core/text.h"
 #include "platform/files.h"
-#include "queue/send_page.h"
+#include "queue/enqueue.h"
 #include "store/database.h"
 #include "store/schema.h"
-#include "store/unique.h"
 
 #include <QFile>
 #include <QRandomGenerator>
@@ -192,8 +191,7 @@ void enter_batch(AppState& state, std::vector<Entering>& batch)
         store::Transaction transaction(state.global_db);
         store::Statement& record = state.global_db.cached(u"INSERT INTO cv_intake_files (cv_path) VALUES (?1)"_s);
         for (const Entering& entering : batch) {
-            const qint32 number = store::get_unique(state.global_db);
-            queue::insert_waiting_message(state, entering.row, number, retry_interval);
+            queue::insert_waiting_message(state.global_db, state.clock.now(), entering.row, retry_interval);
             record.reset();
             record.bind(1, record_key(entering.working_path)).exec();
         }
@@ -248,19 +246,6 @@ std::optional<std::pair<platform::RegularFile, QByteArray>> open_drop_file(AppSt
     return std::pair{std::move(file), std::move(read.bytes)};
 }
 
-// The carrier of the recipient row of that name, or nullopt when there is none. Any row with the name will
-// do, a group's as well as a person's.
-std::optional<QString> recipient_carrier(AppState& state, const QString& recipient)
-{
-    store::Statement select =
-        state.global_db.prepare(u"SELECT cv_name, cv_carrier FROM cv_recipients WHERE (cv_name = ?1)"_s);
-    select.bind(1, recipient);
-    if (!select.step()) {
-        return std::nullopt;
-    }
-    return select.text(1).value_or(QString());
-}
-
 // Takes one listed file into the batch, or sets it aside, or leaves it for a later tick.
 void take_file(AppState& state, const Listed& listed, std::vector<Entering>& batch)
 {
@@ -284,7 +269,7 @@ void take_file(AppState& state, const Listed& listed, std::vector<Entering>& bat
         return;
     }
     const std::optional<QString> carrier =
-        run_step(state, [&] { return recipient_carrier(state, message->recipient); });
+        run_step(state, [&] { return queue::recipient_carrier(state.global_db, message->recipient); });
     yield_to_event_loop();
     if (!carrier) {
         set_aside(working, listed.original); // "User record not found or ascii service not enabled for user."

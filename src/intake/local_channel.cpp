@@ -2,6 +2,7 @@
 
 #include "core/app_state.h"
 #include "intake/registry_transfer.h"
+#include "queue/enqueue.h"
 #include "queue/send_page.h"
 
 using namespace Qt::StringLiterals;
@@ -62,7 +63,7 @@ void check_wm_list(AppState& state, QStringList& reg_messages)
         const std::optional<queue::MessageLine> parts = queue::split_message_line(line);
         if (parts && !parts->recipient.isEmpty() && !parts->message.isEmpty()) {
             // Recipient, sender and message go in as given; an unknown recipient leaves no row.
-            enqueue_for_known_recipient(state, procedure, parts->recipient, parts->sender, parts->message);
+            queue::enqueue_for_known_recipient(state, procedure, parts->recipient, parts->sender, parts->message);
         }
         reg_messages.removeFirst();
     }

@@ -5,7 +5,7 @@
 #include "core/error_path.h"
 #include "core/text.h"
 #include "platform/files.h"
-#include "queue/send_page.h"
+#include "queue/enqueue.h"
 #include "store/database.h"
 #include "store/tables.h"
 #include "store/unique.h"
@@ -29,18 +29,6 @@ QString runtime_file(const QString& runtime_dir, const char* name)
         folder += u'/';
     }
     return folder + QLatin1StringView(name);
-}
-
-// The carrier of the recipient row, or nullopt when there is none.
-std::optional<QString> recipient_carrier(AppState& state, const QString& recipient)
-{
-    store::Statement select =
-        state.global_db.prepare(u"SELECT cv_name, cv_carrier FROM cv_recipients WHERE (cv_name = ?1)"_s);
-    select.bind(1, recipient);
-    if (!select.step()) {
-        return std::nullopt;
-    }
-    return select.text(1).value_or(QString());
 }
 
 // Rebuilds one list key with a numeric 0 value per name the query gives. Every failure is passed over.
@@ -194,24 +182,6 @@ void publish_groups(AppState& state)
                       is_true(recipients::group));
 }
 
-bool enqueue_for_known_recipient(AppState& state, const QString& procedure, const QString& recipient,
-                                 const QString& sender, const QString& message)
-{
-    const std::optional<QString> carrier =
-        with_retry(state, procedure, [&] { return recipient_carrier(state, recipient); });
-    yield_to_event_loop();
-    if (!carrier) {
-        return false;
-    }
-    const qint32 transaction = with_retry(state, procedure, [&] { return store::get_unique(state.global_db); });
-    const qint32 retry_interval = with_retry(state, procedure, [&] { return queue::retry_interval_seconds(state); });
-    const queue::NewMessage row{recipient, message, *carrier, sender};
-    with_retry(state, procedure,
-               [&] { return queue::insert_waiting_message(state, row, transaction, retry_interval); });
-    yield_to_event_loop();
-    return true;
-}
-
 void check_registry(AppState& state)
 {
     const QString procedure = u"Procedure: check_registry"_s;
@@ -235,7 +205,7 @@ void check_registry(AppState& state)
             continue; // stays, and is read again at each tick; a sender may be empty
         }
         // An unknown recipient's subkey goes too, without a word to anybody.
-        enqueue_for_known_recipient(state, procedure, entry.recipient, entry.sender, entry.message);
+        queue::enqueue_for_known_recipient(state, procedure, entry.recipient, entry.sender, entry.message);
         state.registry.delete_key(kHive, subkey);
         // The index moves on past a deleted subkey as well, so the next one is left for the next tick. Kept on
         // purpose: other programs are used to at most every second ready message being taken per tick.

@@ -45,12 +45,6 @@ bool IntegrationStopRequest(AppState& state);
 void publish_recipients(AppState& state);
 void publish_groups(AppState& state);
 
-// Inserts one Waiting row for `recipient` with the carrier of its recipient row; false, and no row, when
-// there is no such recipient (names compare as the database compares them). Database failures take the
-// common error path under `procedure`. Shared by the intake doors that hand in a line.
-bool enqueue_for_known_recipient(AppState& state, const QString& procedure, const QString& recipient,
-                                 const QString& sender, const QString& message);
-
 // Takes in the complete messages that other programs left under `Messages`: one Waiting row per subkey for a
 // known recipient, and the subkey deleted; incomplete subkeys stay for a later tick.
 void check_registry(AppState& state);

@@ -3,9 +3,9 @@
 #include "core/app_state.h"
 #include "core/clock.h"
 #include "core/error_path.h"
+#include "queue/enqueue.h"
 #include "queue/roster_window.h"
 #include "queue/scheduler_rows.h"
-#include "queue/send_page.h"
 
 #include <QSet>
 #include <cstddef>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDateTime>
 #include <QString>
 #include <optional>
 
@@ -23,25 +22,6 @@ struct MessageLine
 // first character behind the recipient still counts, and the sender is then empty. nullopt with the reason
 // in *reason when the line cannot be split.
 std::optional<MessageLine> split_message_line(const QString& line, QString* reason = nullptr);
-
-// A new row as every intake path writes it: Waiting, no pin, due now, retried at once by the engine.
-struct NewMessage
-{
-    QString recipient;
-    QString message;
-    QString carrier;
-    QString sender;
-};
-
-// Inserts one Waiting row: requested and repeat-stop now, last try now minus retry_interval seconds,
-// the given transaction, priority left unset. Returns the row's id. Throws store::Error.
-qint64 insert_waiting_message(AppState& state, const NewMessage& message, qint32 transaction,
-                              qint32 retry_interval_seconds);
-
-// The connector/retry_interval setting in seconds: from the settings store once it is loaded, otherwise
-// straight from the global database, so that a line handed in before the settings are read still counts
-// as having waited out its interval.
-qint32 retry_interval_seconds(AppState& state);
 
 struct SendPageResult
 {
