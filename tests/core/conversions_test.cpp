@@ -139,11 +139,10 @@ TEST_F(ConversionTest, AVersion300FileGoesThroughAllFourConversionsInOneStart)
               (QStringList{u"First|ucp|0|||0||1200,e,7,1|100"_s, u"Pager|tap|1|user|pass|0||1200,e,7,1|100"_s,
                            u"Web|wct-0|11||secret|0|||100"_s, u"Mail|eml|11|||-1|relay.old.example|25|100"_s,
                            u"Fax|fax|11|a|b|c|0||9600,n,8,1|100"_s}));
-    EXPECT_EQ(sorted_columns(global(), u"cv_carriers"_s),
-              (QStringList{u"cv_auth_pass"_s, u"cv_auth_type"_s, u"cv_auth_user"_s, u"cv_dial_type"_s,
-                           u"cv_init_string"_s, u"cv_maxchars"_s, u"cv_message_limit"_s, u"cv_modem_settings"_s,
-                           u"cv_name"_s, u"cv_phone_number"_s, u"cv_priority"_s, u"cv_relay_mail"_s,
-                           u"cv_relay_server"_s, u"cv_retries"_s}));
+    EXPECT_EQ(
+        sorted_columns(global(), u"cv_carriers"_s),
+        u"cv_auth_pass cv_auth_type cv_auth_user cv_dial_type cv_init_string cv_maxchars cv_message_limit "
+        "cv_modem_settings cv_name cv_phone_number cv_priority cv_relay_mail cv_relay_server cv_retries"_s.split(u' '));
     // The converted password column keeps the width it was given, wider than a new file's.
     EXPECT_EQ(value_of(global(), u"SELECT type FROM pragma_table_info('cv_carriers') WHERE name = 'cv_auth_pass'"_s),
               u"TEXT(80)"_s);
@@ -158,32 +157,15 @@ TEST_F(ConversionTest, AVersion300FileGoesThroughAllFourConversionsInOneStart)
     const QString settings = u"SELECT cv_category || '/' || cv_name || '=' || cv_value FROM cv_settings "
                              "ORDER BY cv_category, cv_name"_s;
     const QStringList stored = rows_of(global(), settings);
-    for (const QString& expected : {u"database/purge_after=45"_s,
-                                    u"connector/retries=3"_s,
-                                    u"connector/retry_interval=20"_s,
-                                    u"connector/dial_prefix=9,"_s,
-                                    u"connector/port=2"_s,
-                                    u"connector/dns1=0.0.0.0"_s,
-                                    u"connector/dns2=0.0.0.0"_s,
-                                    u"connector/sender= dispatch "_s,
-                                    u"connector/sender_email=dispatch@old.example"_s,
-                                    u"logging/level=2"_s,
-                                    u"logging/archive=-1"_s,
-                                    u"logging/length=50000"_s,
-                                    u"security/admin_password=adm"_s,
-                                    u"security/super_password=sup"_s,
-                                    u"security/user_password="_s,
-                                    u"display/extra1_label=Comment1"_s,
-                                    u"display/extra2_label=Comment2"_s,
-                                    u"display/spell_check=-1"_s,
-                                    u"display/clear_on_send=0"_s,
-                                    u"display/small_font=0"_s,
-                                    u"display/max_msg_length=1500"_s,
-                                    u"display/connection_monitor_visible=-1"_s,
-                                    u"display/minimize_to_taskbar=0"_s,
-                                    u"level/user_presets=0"_s,
-                                    u"level/user_send_form_top=-1"_s,
-                                    u"level/user_activity_height=-1"_s}) {
+    for (const QString& expected :
+         u"database/purge_after=45;connector/retries=3;connector/retry_interval=20;connector/dial_prefix=9,;"
+         "connector/port=2;connector/dns1=0.0.0.0;connector/dns2=0.0.0.0;connector/sender= dispatch ;"
+         "connector/sender_email=dispatch@old.example;logging/level=2;logging/archive=-1;logging/length=50000;"
+         "security/admin_password=adm;security/super_password=sup;security/user_password=;"
+         "display/extra1_label=Comment1;display/extra2_label=Comment2;display/spell_check=-1;display/clear_on_send=0;"
+         "display/small_font=0;display/max_msg_length=1500;display/connection_monitor_visible=-1;"
+         "display/minimize_to_taskbar=0;level/user_presets=0;level/user_send_form_top=-1;"
+         "level/user_activity_height=-1"_s.split(u';')) {
         EXPECT_TRUE(stored.contains(expected)) << expected.toStdString();
     }
     // The old row with no category was removed by the first save of the settings.
