@@ -2,9 +2,8 @@
 #include "core/settings.h"
 #include "store/database.h"
 #include "store/schema.h"
-#include "support/test_environment.h"
+#include "support/database_test.h"
 
-#include <QDir>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -12,18 +11,10 @@ using namespace Qt::StringLiterals;
 namespace cvd {
 namespace {
 
-class SettingsTest : public ::testing::Test
+class SettingsTest : public testing::DatabaseTest
 {
 protected:
-    void SetUp() override
-    {
-        state = env.make_state();
-        state->global_db_folder = env.path(u"g/"_s);
-        state->user_db_folder = env.path(u"u/"_s);
-        QDir().mkpath(state->global_db_folder);
-        QDir().mkpath(state->user_db_folder);
-        load_settings(*state);
-    }
+    SettingsTest() : DatabaseTest(Start::LoadSettings) {}
 
     // The value stored in a database's settings table, read straight from the file.
     std::optional<QString> stored(const QString& path, const QString& category, const QString& name)
@@ -34,9 +25,6 @@ protected:
         select.bind(1, category).bind(2, name);
         return select.step() ? select.text(0) : std::nullopt;
     }
-
-    testing::TestEnvironment env;
-    std::unique_ptr<AppState> state;
 };
 
 TEST_F(SettingsTest, KeysAndCategoriesAreCaseBlind)
@@ -127,11 +115,8 @@ TEST_F(SettingsTest, SaveRewritesBothTablesAndLoadReadsThemBack)
 
 TEST_F(SettingsTest, NullValuesReadAsEmptyAndTheLastDuplicateWins)
 {
-    {
-        store::Database db = store::Database::open(global_db_path(*state));
-        db.exec(u"INSERT INTO cv_settings (cv_category, cv_name, cv_value) VALUES ('display', 'extra2_label', NULL)"_s);
-        db.exec(u"INSERT INTO cv_settings (cv_category, cv_name, cv_value) VALUES ('Connector', 'PORT', '7')"_s);
-    }
+    db().exec(u"INSERT INTO cv_settings (cv_category, cv_name, cv_value) VALUES ('display', 'extra2_label', NULL), "
+              "('Connector', 'PORT', '7')"_s);
     load_settings(*state);
     const std::optional<QVariant> extra2 = state->settings.get_setting(u"display"_s, u"extra2_label"_s);
     ASSERT_TRUE(extra2.has_value());
