@@ -78,27 +78,16 @@ TEST_F(RegistryTest, TextValuesRoundTripWhateverTheirNameAndContent)
 
 TEST_F(RegistryTest, OrdinaryNamesAreFileNamesAndOthersAreEscaped)
 {
-    struct Case
-    {
-        QString name;
-        QByteArray file_name;
-    };
-    const Case cases[] = {
-        {u"To"_s, "To"},
-        {u"DB_Password"_s, "DB_Password"},
-        {u"x.y"_s, "x.y"},
-        {u"Grüße"_s, "Gr\xc3\xbc\xc3\x9f\x65"},
-        {u"a/b"_s, "a%2Fb"},
-        {u"50%"_s, "50%25"},
-        {u"%2F"_s, "%252F"},
-        {u".hidden"_s, "%2Ehidden"},
-        {u".."_s, "%2E."},
-        {u""_s, "%"},
-        {QString(QChar(0)) + u"x"_s, "%00x"},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(Registry::encode_name(c.name), c.file_name) << c.name.toStdString();
-        EXPECT_EQ(Registry::decode_name(c.file_name), std::optional<QString>(c.name)) << c.file_name.toStdString();
+    const QString names[] = {
+        u"To"_s, u"DB_Password"_s,          u"x.y"_s, u"Grüße"_s, u"a/b"_s, u"50%"_s, u"%2F"_s, u".hidden"_s, u".."_s,
+        u""_s,   QString(QChar(0)) + u"x"_s};
+    const QByteArray file_names[] = {"To",    "DB_Password", "x.y",   "Gr\xc3\xbc\xc3\x9f\x65",
+                                     "a%2Fb", "50%25",       "%252F", "%2Ehidden",
+                                     "%2E.",  "%",           "%00x"};
+    for (int i = 0; i < std::ssize(names); ++i) {
+        EXPECT_EQ(Registry::encode_name(names[i]), file_names[i]) << names[i].toStdString();
+        EXPECT_EQ(Registry::decode_name(file_names[i]), std::optional<QString>(names[i]))
+            << file_names[i].toStdString();
     }
     ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"Ready"_s, u"1"_s));
     ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"a/b"_s, u"2"_s));
@@ -135,32 +124,16 @@ TEST_F(RegistryTest, NumbersAreDecimalTextWithOptionalBlanksAndSign)
     EXPECT_EQ(read_file_bytes(folder() + u"/Handle"_s), std::optional<QByteArray>("-15"));
     EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"Handle"_s), std::optional<qint64>(-15));
 
-    struct Case
-    {
-        QByteArray bytes;
-        std::optional<qint64> number;
-    };
-    const Case cases[] = {
-        {"42", 42},
-        {" 42 \n", 42},
-        {"\t+7", 7},
-        {"-0", 0},
-        {"007", 7},
-        {"9223372036854775807", std::numeric_limits<qint64>::max()},
-        {"-9223372036854775808", std::numeric_limits<qint64>::min()},
-        {"9223372036854775808", std::nullopt},
-        {"-9223372036854775809", std::nullopt},
-        {"", std::nullopt},
-        {"-", std::nullopt},
-        {"4x", std::nullopt},
-        {"1 2", std::nullopt},
-        {"0x10", std::nullopt},
-        {"1.5", std::nullopt},
-        {"+-1", std::nullopt},
-    };
-    for (const Case& c : cases) {
-        write_by_hand(u"Number"_s, c.bytes);
-        EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"Number"_s), c.number) << c.bytes.toStdString();
+    const QByteArray valid[] = {"42", " 42 \n", "\t+7", "-0", "007", "9223372036854775807", "-9223372036854775808"};
+    const qint64 values[] = {42, 42, 7, 0, 7, std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()};
+    for (int i = 0; i < std::ssize(valid); ++i) {
+        write_by_hand(u"Number"_s, valid[i]);
+        EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"Number"_s), values[i]) << valid[i].toStdString();
+    }
+    for (const char* bytes :
+         {"9223372036854775808", "-9223372036854775809", "", "-", "4x", "1 2", "0x10", "1.5", "+-1"}) {
+        write_by_hand(u"Number"_s, bytes);
+        EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"Number"_s), std::nullopt) << bytes;
     }
 }
 
@@ -282,25 +255,14 @@ TEST(RegistryRoot, VariableThenMachineFolderThenStateFolder)
 
 TEST(ParseHive, AcceptsShortAndLongNamesInAnyCase)
 {
-    struct Case
-    {
-        QString text;
-        std::optional<Hive> hive;
-    };
-    const Case cases[] = {
-        {u"HKLM"_s, Hive::LocalMachine},
-        {u"hklm"_s, Hive::LocalMachine},
-        {u"HKEY_LOCAL_MACHINE"_s, Hive::LocalMachine},
-        {u"hkey_local_machine"_s, Hive::LocalMachine},
-        {u"HKCU"_s, Hive::CurrentUser},
-        {u"HKEY_CURRENT_USER"_s, Hive::CurrentUser},
-        {u"Hkey_Current_User"_s, Hive::CurrentUser},
-        {u"HKCR"_s, std::nullopt},
-        {u""_s, std::nullopt},
-        {u"HKLM\\SOFTWARE"_s, std::nullopt},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(parse_hive(c.text), c.hive) << c.text.toStdString();
+    for (const QString& text : {u"HKLM"_s, u"hklm"_s, u"HKEY_LOCAL_MACHINE"_s, u"hkey_local_machine"_s}) {
+        EXPECT_EQ(parse_hive(text), Hive::LocalMachine) << text.toStdString();
+    }
+    for (const QString& text : {u"HKCU"_s, u"HKEY_CURRENT_USER"_s, u"Hkey_Current_User"_s}) {
+        EXPECT_EQ(parse_hive(text), Hive::CurrentUser) << text.toStdString();
+    }
+    for (const QString& text : {u"HKCR"_s, u""_s, u"HKLM\\SOFTWARE"_s}) {
+        EXPECT_EQ(parse_hive(text), std::nullopt) << text.toStdString();
     }
 }
 
