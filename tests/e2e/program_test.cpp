@@ -197,25 +197,6 @@ TEST(Program, TheLocalFormPutsTheDatabasesBesideTheProgram)
     EXPECT_EQ(cvd.terminate().status, 0);
 }
 
-TEST(Program, AFileThatIsNoDatabaseEndsTheProgramWithTheFatalText)
-{
-    testing::TestEnvironment env;
-    QDir().mkpath(env.global_db_folder());
-    const QString path = env.global_db_folder() + u"cvd.mdb"_s;
-    const QByteArray junk = QByteArray("not a database\n").repeated(200);
-    {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(junk);
-    }
-    const Finished run = run_to_end(bin_dir() + u"cvd"_s, {u"--headless"_s});
-    EXPECT_NE(run.status, 0);
-    EXPECT_TRUE(run.err.contains(u"CorvaneDesk Fatal Error: Fatal database error:  26"_s)) << run.err.toStdString();
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), junk);
-}
-
 TEST(Program, ADamagedDatabaseEndsTheProgramNamingTheLastBackupAndIsLeftAsItWas)
 {
     testing::TestEnvironment env;
@@ -249,7 +230,7 @@ TEST(Program, ADamagedDatabaseEndsTheProgramNamingTheLastBackupAndIsLeftAsItWas)
     EXPECT_TRUE(file.readAll() == damaged);
 }
 
-TEST(Program, AnOldDatabaseIsConvertedAtStartAndOneTooOldIsRefused)
+TEST(Program, AnOldDatabaseIsConvertedAtStartAndOneTooOldOrNoDatabaseAtAllIsRefused)
 {
     testing::TestEnvironment env;
     QDir().mkpath(env.global_db_folder());
@@ -273,6 +254,18 @@ TEST(Program, AnOldDatabaseIsConvertedAtStartAndOneTooOldIsRefused)
     EXPECT_TRUE(refused.err.contains(u"Can't Upgrade Database"_s)) << refused.err.toStdString();
     EXPECT_TRUE(refused.err.contains(u"Version Mismatch"_s)) << refused.err.toStdString();
     EXPECT_EQ(scalar(path, u"SELECT cv_dbversion FROM cv_settings"_s), 250);
+
+    const QByteArray junk = QByteArray("not a database\n").repeated(200);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(junk);
+    file.close();
+    const Finished not_ours = run_to_end(bin_dir() + u"cvd"_s, {u"--headless"_s});
+    EXPECT_NE(not_ours.status, 0);
+    EXPECT_TRUE(not_ours.err.contains(u"CorvaneDesk Fatal Error: Fatal database error:  26"_s))
+        << not_ours.err.toStdString();
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), junk);
 }
 
 QString source_dir()
