@@ -27,17 +27,6 @@ protected:
     }
 };
 
-TEST_F(SettingsTest, KeysAndCategoriesAreCaseBlind)
-{
-    SettingsStore& settings = state->settings;
-    EXPECT_EQ(settings.get_setting(u"Connector"_s, u"Port"_s), settings.get_setting(u"connector"_s, u"port"_s));
-    EXPECT_EQ(settings.get_setting_text(u"CONNECTOR"_s, u"RETRY_INTERVAL"_s), u"15"_s);
-    settings.put_setting(u"Display"_s, u"Extra1_Label"_s, u"Pager"_s);
-    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Pager"_s);
-    EXPECT_FALSE(settings.get_setting(u"nosuchcategory"_s, u"port"_s).has_value());
-    EXPECT_FALSE(settings.get_setting(u"connector"_s, u"nosuchname"_s).has_value());
-}
-
 TEST_F(SettingsTest, SwitchOnCopiesTheGlobalValueIntoTheUserTableForGood)
 {
     SettingsStore& settings = state->settings;
@@ -73,9 +62,15 @@ TEST_F(SettingsTest, WindowStateIsPerUserByDefault)
     EXPECT_EQ(stored(user_db_path(*state), u"display"_s, u"send_form_top"_s), u"1200"_s);
 }
 
-TEST_F(SettingsTest, TypedReadersApplyTheirRules)
+TEST_F(SettingsTest, KeysAndCategoriesAreCaseBlindAndTypedReadersApplyTheirRules)
 {
     SettingsStore& settings = state->settings;
+    EXPECT_EQ(settings.get_setting(u"Connector"_s, u"Port"_s), settings.get_setting(u"connector"_s, u"port"_s));
+    EXPECT_EQ(settings.get_setting_text(u"CONNECTOR"_s, u"RETRY_INTERVAL"_s), u"15"_s);
+    settings.put_setting(u"Display"_s, u"Extra1_Label"_s, u"Pager"_s);
+    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Pager"_s);
+    EXPECT_FALSE(settings.get_setting(u"nosuchcategory"_s, u"port"_s).has_value());
+    EXPECT_FALSE(settings.get_setting(u"connector"_s, u"nosuchname"_s).has_value());
     settings.put_setting(u"display"_s, u"extra1_label"_s, u"Room\\035"_s);
     EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Room#"_s);
 

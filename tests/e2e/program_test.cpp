@@ -310,10 +310,7 @@ protected:
 
     int cvdctl(const QStringList& arguments)
     {
-        QProcess tool;
-        tool.start(env.program_folder() + u"cvdctl"_s, arguments);
-        tool.waitForFinished(kBoundMs);
-        return tool.exitCode();
+        return run_to_end(env.program_folder() + u"cvdctl"_s, arguments).status;
     }
 
     void drop_file(const QString& name, const QByteArray& content)
