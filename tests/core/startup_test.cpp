@@ -3,6 +3,7 @@
 #include "core/error_path.h"
 #include "core/passwords.h"
 #include "core/startup.h"
+#include "platform/registry.h"
 #include "platform/runtime.h"
 #include "store/database.h"
 #include "store/schema.h"
@@ -222,11 +223,19 @@ TEST_F(StartupTest, AFileThatIsNoDatabaseHaltsAndIsNeverOverwritten)
     EXPECT_TRUE(file_bytes(path) == before);
 }
 
-TEST_F(StartupTest, TheStartGateAsksWhenAUserPasswordIsSet)
+TEST_F(StartupTest, TheOrderlyEndWritesTheDatabasePasswordBackAndTheNextStartAsksForTheUserPassword)
 {
+    platform::Registry registry(env.registry_root());
+    const QString key = u"SOFTWARE\\Halvern\\CorvaneDesk"_s;
+    ASSERT_TRUE(registry.create_key(platform::Hive::LocalMachine, key));
+    ASSERT_TRUE(registry.write_text(platform::Hive::LocalMachine, key, u"DB_Password"_s, u"  s3cret \n"_s));
     ASSERT_EQ(start().outcome, StartupOutcome::Running);
+    EXPECT_EQ(state->db_password, u"s3cret"_s);
+    state->db_password = u"n3w"_s;
     state->settings.put_setting(u"security"_s, u"user_password"_s, encode_password(u"open"_s));
     orderly_shutdown(*state);
+    EXPECT_EQ(registry.read_text(platform::Hive::LocalMachine, key, u"DB_Password"_s), u"n3w"_s);
+    EXPECT_FALSE(platform::program_is_running(env.runtime_dir()));
 
     env.prompter.enter_next(std::nullopt);
     const StartupResult cancelled = start();
@@ -239,16 +248,28 @@ TEST_F(StartupTest, TheStartGateAsksWhenAUserPasswordIsSet)
     EXPECT_EQ(state->user_password, u"open"_s);
 }
 
-TEST_F(StartupTest, TheStartCounterWrapsOnTheEleventhStart)
+// Each start also gives the unsent rows transactions of this run and clears the carriers' retries.
+TEST_F(StartupTest, TheStartCounterWrapsOnTheEleventhStartAndUnsentRowsDrawTransactionsOfThisRun)
 {
     ASSERT_EQ(start().outcome, StartupOutcome::Running);
     state->settings.put_setting(u"database"_s, u"rebuild_index"_s, 9);
+    state->global_db.exec(
+        u"INSERT INTO cv_messages (cv_recipient, cv_sent, cv_transaction) VALUES ('a', 0, 1), ('b', 0, 1), "
+        "('c', -1, 1)"_s);
+    state->global_db.exec(u"INSERT INTO cv_carriers (cv_name, cv_retries) VALUES ('tapnet', 3)"_s);
     orderly_shutdown(*state);
     const QString query =
         u"SELECT cv_value FROM cv_settings WHERE cv_category = 'database' AND cv_name = 'rebuild_index'"_s;
 
     ASSERT_EQ(start().outcome, StartupOutcome::Running);
-    EXPECT_EQ(count_rows(global_db_path(*state), query), 10);
+    const QString path = global_db_path(*state);
+    EXPECT_EQ(count_rows(path, query), 10);
+    EXPECT_EQ(count_rows(path, u"SELECT count(*) FROM cv_messages WHERE cv_transaction > "_s +
+                                   QString::number(state->first_transaction)),
+              2);
+    EXPECT_EQ(count_rows(path, u"SELECT count(DISTINCT cv_transaction) FROM cv_messages WHERE cv_sent = 0"_s), 2);
+    EXPECT_EQ(count_rows(path, u"SELECT cv_transaction FROM cv_messages WHERE cv_recipient = 'c'"_s), 1);
+    EXPECT_EQ(count_rows(path, u"SELECT cv_retries FROM cv_carriers"_s), 0);
     const QString global_scratch = env.global_db_folder() + u"cvdtmp.mdb"_s;
     const QString user_scratch = env.user_db_folder() + u"cvdtmp.mdb"_s;
     EXPECT_FALSE(QFile::exists(global_scratch));
@@ -261,46 +282,12 @@ TEST_F(StartupTest, TheStartCounterWrapsOnTheEleventhStart)
     EXPECT_TRUE(QFile::exists(global_scratch));
     EXPECT_TRUE(QFile::exists(user_scratch));
     store::Database db = store::Database::open(global_db_path(*state), store::Database::OpenMode::ReadOnly);
-    store::Statement carrier = db.prepare(u"SELECT cv_dial_type, cv_maxchars FROM cv_carriers"_s);
+    store::Statement carrier =
+        db.prepare(u"SELECT cv_dial_type, cv_maxchars FROM cv_carriers WHERE cv_name = 'Pager'"_s);
     ASSERT_TRUE(carrier.step());
     EXPECT_EQ(carrier.text(0), u"tap"_s);
     EXPECT_EQ(carrier.integer(1), 240);
     EXPECT_TRUE(env.prompter.boxes.isEmpty());
-}
-
-TEST_F(StartupTest, UnsentRowsDrawTransactionsOfThisRunAndCarrierRetriesAreCleared)
-{
-    ASSERT_EQ(start().outcome, StartupOutcome::Running);
-    state->global_db.exec(
-        u"INSERT INTO cv_messages (cv_recipient, cv_sent, cv_transaction) VALUES ('a', 0, 1), ('b', 0, 1), "
-        "('c', -1, 1)"_s);
-    state->global_db.exec(u"INSERT INTO cv_carriers (cv_name, cv_retries) VALUES ('tapnet', 3)"_s);
-    orderly_shutdown(*state);
-
-    ASSERT_EQ(start().outcome, StartupOutcome::Running);
-    const QString path = global_db_path(*state);
-    const qint64 first = state->first_transaction;
-    EXPECT_EQ(count_rows(path, u"SELECT count(*) FROM cv_messages WHERE cv_transaction > "_s + QString::number(first)),
-              2);
-    EXPECT_EQ(count_rows(path, u"SELECT count(DISTINCT cv_transaction) FROM cv_messages WHERE cv_sent = 0"_s), 2);
-    EXPECT_EQ(count_rows(path, u"SELECT cv_transaction FROM cv_messages WHERE cv_recipient = 'c'"_s), 1);
-    EXPECT_EQ(count_rows(path, u"SELECT cv_retries FROM cv_carriers"_s), 0);
-}
-
-TEST_F(StartupTest, TheOrderlyEndWritesTheDatabasePasswordBackAndLetsTheLockGo)
-{
-    state = env.make_state();
-    ASSERT_TRUE(state->registry.create_key(platform::Hive::LocalMachine, u"SOFTWARE\\Halvern\\CorvaneDesk"_s));
-    ASSERT_TRUE(state->registry.write_text(platform::Hive::LocalMachine, u"SOFTWARE\\Halvern\\CorvaneDesk"_s,
-                                           u"DB_Password"_s, u"  s3cret \n"_s));
-    ASSERT_EQ(start().outcome, StartupOutcome::Running);
-    EXPECT_EQ(state->db_password, u"s3cret"_s);
-    state->db_password = u"n3w"_s;
-    orderly_shutdown(*state);
-    EXPECT_EQ(
-        state->registry.read_text(platform::Hive::LocalMachine, u"SOFTWARE\\Halvern\\CorvaneDesk"_s, u"DB_Password"_s),
-        u"n3w"_s);
-    EXPECT_FALSE(platform::program_is_running(env.runtime_dir()));
 }
 
 } // namespace

@@ -67,7 +67,7 @@ TEST(DatabaseOpen, OpeningAndReadingLeaveOurFileAsItWas)
     EXPECT_EQ(read_bytes(path), before);
 }
 
-TEST(DatabaseOpen, AFileThatIsNotSqliteIsRefusedAndLeftByteForByte)
+TEST(DatabaseOpen, AFileThatIsNotSqliteIsRefusedAnEmptyOneIsForeignAndBothAreLeftByteForByte)
 {
     QByteArray random(8192, '\0');
     std::mt19937 generator(2024);
@@ -95,10 +95,7 @@ TEST(DatabaseOpen, AFileThatIsNotSqliteIsRefusedAndLeftByteForByte)
             EXPECT_EQ(folder.entries(), QStringList{u"cvd.mdb"_s});
         }
     }
-}
-
-TEST(DatabaseOpen, AnEmptyFileIsForeignAndStaysEmpty)
-{
+    // An empty file opens as a database that is not ours, and stays empty.
     TempFolder folder;
     const QString path = folder.path(u"cvd.mdb"_s);
     write_bytes(path, {});
