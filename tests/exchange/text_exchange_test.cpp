@@ -125,11 +125,9 @@ protected:
         return rows;
     }
 
-    QString file(const QString& name) const { return env.path(name); }
-
     void write_file(const QString& name, const QByteArray& content) const
     {
-        QFile out(file(name));
+        QFile out(env.path(name));
         ASSERT_TRUE(out.open(QIODevice::WriteOnly));
         out.write(content);
     }
@@ -169,7 +167,7 @@ TEST_F(TextExchangeTest, EveryKindExportedAndImportedIntoAFreshDatabaseGivesTheS
     };
     auto target = make_db(u"target"_s);
     for (const Case& item : cases) {
-        const QString path = file(suggested_file_name(item.kind));
+        const QString path = env.path(suggested_file_name(item.kind));
         const ExportResult exported = export_text(*state, item.kind, path);
         EXPECT_EQ(exported.exported, item.count);
         EXPECT_EQ(exported.box, (Notice{QString::number(item.count) + u" "_s + item.noun + u" records exported"_s,
@@ -188,9 +186,9 @@ TEST_F(TextExchangeTest, EveryKindExportedAndImportedIntoAFreshDatabaseGivesTheS
 
     // The file itself, as other installations read it.
     EXPECT_EQ(
-        read_file(file(u"members.txt"_s)),
+        read_file(env.path(u"members.txt"_s)),
         QByteArray("\"Version\",\"Group\",\"Recipient\"\r\n\"500\",\"ops\",\"ann\"\r\n\"500\",\"ops\",\"bob\"\r\n"));
-    const QByteArray carriers = read_file(file(u"carriers.txt"_s));
+    const QByteArray carriers = read_file(env.path(u"carriers.txt"_s));
     EXPECT_TRUE(
         carriers.startsWith("\"Version\",\"Name\",\"PhoneNumber\",\"ModemSettings\",\"MaxChars\",\"InitString\","
                             "\"MessageLimit\",\"DialType\",\"AuthType\",\"AuthUser\",\"AuthPassword\","
@@ -202,7 +200,7 @@ TEST_F(TextExchangeTest, EveryKindExportedAndImportedIntoAFreshDatabaseGivesTheS
 
 TEST_F(TextExchangeTest, AnEmptyTableWritesNoFileAndSaysSo)
 {
-    const QString path = file(u"carriers.txt"_s);
+    const QString path = env.path(u"carriers.txt"_s);
     write_file(u"carriers.txt"_s, "old");
     const ExportResult result = export_text(*state, ExchangeKind::Carriers, path);
     EXPECT_EQ(result.box,
@@ -234,19 +232,19 @@ TEST_F(TextExchangeTest, FilesThatCannotBeImportedLeaveTheTablesAlone)
     for (const Case& item : cases) {
         const QString name = u"case%1.txt"_s.arg(++n);
         write_file(name, item.content);
-        const ImportResult result = import_text(*state, ExchangeKind::Recipients, file(name), true);
+        const ImportResult result = import_text(*state, ExchangeKind::Recipients, env.path(name), true);
         EXPECT_EQ(result.box, item.box) << item.content.toStdString();
         EXPECT_EQ(result.imported, 0);
     }
     EXPECT_TRUE(dump(*state, u"cv_recipients"_s).isEmpty());
 
-    const ImportResult missing = import_text(*state, ExchangeKind::Recipients, file(u"nowhere.txt"_s), false);
+    const ImportResult missing = import_text(*state, ExchangeKind::Recipients, env.path(u"nowhere.txt"_s), false);
     EXPECT_EQ(missing.box, (Notice{u"That file does not exist"_s, u"File Not Found"_s}));
     EXPECT_FALSE(import_text(*state, ExchangeKind::Recipients, QString(), false).box.has_value());
 
     // The heading is optional, and a bare 500 is the version as well.
     write_file(u"plain.txt"_s, "500," + record);
-    const ImportResult plain = import_text(*state, ExchangeKind::Recipients, file(u"plain.txt"_s), false);
+    const ImportResult plain = import_text(*state, ExchangeKind::Recipients, env.path(u"plain.txt"_s), false);
     EXPECT_EQ(plain.imported, 1);
     EXPECT_EQ(dump(*state, u"cv_recipients"_s, u"cv_name, cv_full_name, cv_alpha, cv_group"_s),
               QStringList{u"ann|Ann|-1|0"_s});
@@ -256,7 +254,7 @@ TEST_F(TextExchangeTest, OverwriteReplacesAnExistingNameAndOtherwiseSkipsIt)
 {
     add_carrier(*state, u"net"_s, u"old"_s);
     add_carrier(*state, u"zed"_s, u"kept"_s);
-    const QString path = file(u"carriers.txt"_s);
+    const QString path = env.path(u"carriers.txt"_s);
     export_text(*state, ExchangeKind::Carriers, path);
     write_file(u"carriers.txt"_s, read_file(path).replace("\"old\"", "\"new\"").replace("\"zed\"", "\"ypsilon\""));
 
@@ -289,7 +287,7 @@ TEST_F(TextExchangeTest, AMalformedRecordEndsTheImportAndTheEarlierRecordsStay)
     for (const QByteArray& record : bad) {
         auto target = make_db(u"target%1"_s.arg(++n));
         write_file(u"bad.txt"_s, "\"Version\",\"Name\"\r\n" + good1 + record + good3);
-        const ImportResult result = import_text(*target, ExchangeKind::Carriers, file(u"bad.txt"_s), false);
+        const ImportResult result = import_text(*target, ExchangeKind::Carriers, env.path(u"bad.txt"_s), false);
         EXPECT_EQ(result.box, (Notice{u"Error importing records"_s, u"Import Error"_s})) << record.toStdString();
         EXPECT_EQ(result.imported, 1);
         // Committed: another connection sees the record, and the run holds no transaction open.
@@ -306,7 +304,7 @@ TEST_F(TextExchangeTest, AFailedStatementLeavesNoneOfTheRunsRowsAndAnImportPubli
     for (int i = 1; i <= 5; ++i) {
         add_recipient(*state, u"r%1"_s.arg(i), u"R"_s, false);
     }
-    const QString path = file(u"recip.txt"_s);
+    const QString path = env.path(u"recip.txt"_s);
     ASSERT_EQ(export_text(*state, ExchangeKind::Recipients, path).exported, 5);
     auto target = make_db(u"target"_s);
     add_recipient(*target, u"kept"_s, u"Kept"_s, false);
@@ -341,10 +339,10 @@ TEST_F(TextExchangeTest, ARowWhoseFlagsAreNullIsAPlainRecipientEverywhere)
     state->global_db.exec(
         u"INSERT INTO cv_messages (cv_recipient, cv_carrier, cv_message) VALUES ('nul', 'net', 'hi')"_s);
 
-    const ExportResult exported = export_text(*state, ExchangeKind::Recipients, file(u"recip.txt"_s));
+    const ExportResult exported = export_text(*state, ExchangeKind::Recipients, env.path(u"recip.txt"_s));
     EXPECT_EQ(exported.exported, 1);
-    EXPECT_TRUE(read_file(file(u"recip.txt"_s)).contains("\r\n\"500\",\"nul\",\"Null\","));
-    EXPECT_EQ(export_text(*state, ExchangeKind::Groups, file(u"groups.txt"_s)).exported, 1);
+    EXPECT_TRUE(read_file(env.path(u"recip.txt"_s)).contains("\r\n\"500\",\"nul\",\"Null\","));
+    EXPECT_EQ(export_text(*state, ExchangeKind::Groups, env.path(u"groups.txt"_s)).exported, 1);
 
     using addressbook::RecipientListEntry;
     EXPECT_EQ(addressbook::recipient_list(*state), (QList<RecipientListEntry>{{u"nul"_s, u"Null"_s}}));
@@ -380,7 +378,7 @@ TEST_F(TextExchangeTest, GroupMembersWithOverwriteKeepOnlyTheLastMemberOfEachGro
                                "\"500\",\"lab\",\"cy\"\r\n"
                                "\"500\",\"lab\",\"ghost\"\r\n";
     write_file(u"members.txt"_s, content);
-    const QString path = file(u"members.txt"_s);
+    const QString path = env.path(u"members.txt"_s);
 
     const ImportResult kept = import_text(*state, ExchangeKind::Members, path, false);
     EXPECT_EQ(kept.box,

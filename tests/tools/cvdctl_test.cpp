@@ -337,7 +337,7 @@ TEST_F(CvdctlDb, PurgeTakesExactlyTheFinishedRowsOlderThanTheDays)
 
 const QString kMessages = u"SOFTWARE\\Halvern\\Transfer\\Messages\\job1"_s;
 
-TEST_F(CvdctlReg, SetGetListAndDeleteLikeAnotherProgramWould)
+TEST_F(CvdctlReg, SetGetListAndDeleteLikeAnotherProgramWouldInEitherHiveAndRefuseMistakes)
 {
     EXPECT_EQ(cvdctl({u"reg"_s, u"set"_s, kMessages, u"To"_s, u"bob"_s}).status, 0);
     EXPECT_EQ(cvdctl({u"reg"_s, u"set"_s, kMessages, u"Message"_s, u"Disk full on db1"_s}).status, 0);
@@ -361,10 +361,8 @@ TEST_F(CvdctlReg, SetGetListAndDeleteLikeAnotherProgramWould)
     EXPECT_EQ(cvdctl({u"reg"_s, u"get"_s, kMessages, u"To"_s}).status, 1);
     EXPECT_EQ(cvdctl({u"reg"_s, u"delete"_s, kMessages}).status, 0);
     EXPECT_FALSE(registry.key_exists(platform::Hive::LocalMachine, kMessages));
-}
 
-TEST_F(CvdctlReg, HivesAreSeparateAndMistakesAreRefusedWithAReason)
-{
+    // The hives are apart.
     EXPECT_EQ(cvdctl({u"reg"_s, u"set"_s, u"--hive"_s, u"HKCU"_s, u"SOFTWARE\\Halvern"_s, u"Here"_s, u"1"_s}).status,
               0);
     EXPECT_EQ(cvdctl({u"reg"_s, u"get"_s, u"SOFTWARE\\Halvern"_s, u"Here"_s}).status, 1);
