@@ -1,12 +1,16 @@
 #include "core/app_state.h"
 #include "core/databases.h"
 #include "core/error_path.h"
+#include "core/halt_barrier.h"
+#include "core/startup.h"
 #include "store/database.h"
 #include "support/test_environment.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QTimer>
 #include <cerrno>
 #include <gtest/gtest.h>
 
@@ -43,6 +47,7 @@ protected:
     std::unique_ptr<AppState> state = env.make_state();
 };
 using WithRetry = ErrorCounters;
+using HaltBarrier = ErrorCounters;
 
 // Retryable database errors get 18 tries, file errors 1681, anything else none; every failure before the halt
 // waits 0.5 s plus the random part (pinned at 0.25).
@@ -139,6 +144,28 @@ TEST_F(WithRetry, AHaltEndsTheRetries)
                             }),
                  ProgramHalted);
     EXPECT_EQ(attempts, 1681);
+}
+
+// The test main's application carries the barrier, as the program's does.
+TEST_F(HaltBarrier, AHaltInsideASlotEndsTheEventLoopWithItsBoxAndIsNoted)
+{
+    clear_noted_halt();
+    bool ran_after_halt = false;
+    QObject context;
+    QTimer::singleShot(0, &context, [&] {
+        handle_error(*state, u"Procedure: a_handler"_s, other_error_info(5, u"Invalid procedure call"_s));
+        ran_after_halt = true;
+    });
+    QTimer::singleShot(0, &context, [] {}); // the loop goes on serving nothing after the halt
+    EXPECT_EQ(QCoreApplication::exec(), kExitFailure);
+
+    EXPECT_FALSE(ran_after_halt);
+    ASSERT_TRUE(noted_halt().has_value());
+    EXPECT_TRUE(noted_halt()->contains(u"Procedure: a_handler"_s));
+    ASSERT_EQ(env.prompter.boxes.size(), 1);
+    EXPECT_EQ(env.prompter.boxes.front().title, u"CorvaneDesk Fatal Error"_s);
+    EXPECT_EQ(env.prompter.boxes.front().icon, BoxIcon::Critical);
+    clear_noted_halt();
 }
 
 } // namespace

@@ -40,20 +40,15 @@ TEST(TextFormat, FieldsAreReadAsWrittenWithDoubledQuotesAndLineBreaksInsideTexts
     EXPECT_EQ(parsed.records.at(1), expected_second);
     EXPECT_EQ(parsed.records.at(2), (Record{{Field::Kind::Hashed, u"TRUE"_s}}));
 
-    struct Case
-    {
-        QString content;
-        qsizetype good_records;
-    };
-    const Case malformed[] = {
+    const std::pair<QString, qsizetype> malformed[] = {
         {u"\"a\",1\r\n\"open"_s, 1},       // unterminated quote
         {u"\"a\"b,1\r\n"_s, 0},            // text after a closing quote
         {u"1,2\r\n#TRUE,3\r\n4\r\n"_s, 1}, // unclosed number sign
     };
-    for (const Case& item : malformed) {
-        const ParsedFile bad = parse_records(item.content);
-        EXPECT_TRUE(bad.malformed) << item.content.toStdString();
-        EXPECT_EQ(bad.records.size(), item.good_records) << item.content.toStdString();
+    for (const auto& [content, good_records] : malformed) {
+        const ParsedFile bad = parse_records(content);
+        EXPECT_TRUE(bad.malformed) << content.toStdString();
+        EXPECT_EQ(bad.records.size(), good_records) << content.toStdString();
     }
 
     EXPECT_EQ(field_as_number({Field::Kind::Quoted, u" 42 "_s}), std::optional<std::optional<qint64>>(42));
@@ -215,12 +210,7 @@ TEST_F(TextExchangeTest, FilesThatCannotBeImportedLeaveTheTablesAlone)
     const Notice mismatch{u"Import file version mismatch"_s, u"Version Mismatch"_s};
     const QByteArray record = "\"ann\",\"Ann\",\"1\",\"net\",160,#TRUE#,#FALSE#,#FALSE#,#FALSE#,#FALSE#,#FALSE#,"
                               "#FALSE#,\"\",\"\",100\r\n";
-    struct Case
-    {
-        QByteArray content;
-        Notice box;
-    };
-    const Case cases[] = {
+    const std::pair<QByteArray, Notice> cases[] = {
         {"\"Version\",\"Name\",\"FullName\"\r\n", error},
         {"", error},
         {"\"499\"," + record, mismatch},
@@ -229,11 +219,11 @@ TEST_F(TextExchangeTest, FilesThatCannotBeImportedLeaveTheTablesAlone)
         {"\"Version\"\r\n#NULL#," + record, mismatch},
     };
     int n = 0;
-    for (const Case& item : cases) {
+    for (const auto& [content, box] : cases) {
         const QString name = u"case%1.txt"_s.arg(++n);
-        write_file(name, item.content);
+        write_file(name, content);
         const ImportResult result = import_text(*state, ExchangeKind::Recipients, env.path(name), true);
-        EXPECT_EQ(result.box, item.box) << item.content.toStdString();
+        EXPECT_EQ(result.box, box) << content.toStdString();
         EXPECT_EQ(result.imported, 0);
     }
     EXPECT_TRUE(dump(*state, u"cv_recipients"_s).isEmpty());

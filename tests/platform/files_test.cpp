@@ -206,12 +206,7 @@ TEST_F(FilesTest, OnlyRegularFilesAreReadAndOnlyUpToTheCap)
 
 TEST(TextFromBytes, ReadsUtf8AndFallsBackToLatin1)
 {
-    struct Case
-    {
-        QByteArray bytes;
-        QString text;
-    };
-    const Case cases[] = {
+    const std::pair<QByteArray, QString> cases[] = {
         {"", u""_s},
         {"plain", u"plain"_s},
         {"Gr\xc3\xbc\xc3\x9f\x65", u"Grüße"_s},
@@ -221,8 +216,8 @@ TEST(TextFromBytes, ReadsUtf8AndFallsBackToLatin1)
         {"ok \xc3\xa9 then \xe9", u"ok Ã© then é"_s}, // one bad byte makes the whole text Latin-1
         {"\xef\xbb\xbfmark", u"\ufeffmark"_s},        // a byte order mark stays part of the text
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(text_from_bytes(c.bytes), c.text) << c.bytes.toHex().toStdString();
+    for (const auto& [bytes, text] : cases) {
+        EXPECT_EQ(text_from_bytes(bytes), text) << bytes.toHex().toStdString();
     }
 }
 

@@ -102,19 +102,14 @@ TEST_F(RegistryTest, OrdinaryNamesAreFileNamesAndOthersAreEscaped)
 
 TEST_F(RegistryTest, HandWrittenFilesReadWithOneNewlineDropped)
 {
-    struct Case
-    {
-        QByteArray bytes;
-        QString text;
-    };
-    const Case cases[] = {
+    const std::pair<QByteArray, QString> cases[] = {
         {"bob\n", u"bob"_s}, {"bob", u"bob"_s},       {"bob\n\n", u"bob\n"_s},  {"\n", u""_s},
         {"", u""_s},         {"bob\r\n", u"bob\r"_s}, {"caf\xe9\n", u"café"_s}, // not UTF-8: read as Latin-1
     };
-    for (const Case& c : cases) {
-        write_by_hand(u"To"_s, c.bytes);
-        EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::optional<QString>(c.text))
-            << c.bytes.toStdString();
+    for (const auto& [bytes, text] : cases) {
+        write_by_hand(u"To"_s, bytes);
+        EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::optional<QString>(text))
+            << bytes.toStdString();
     }
 }
 
