@@ -140,6 +140,13 @@ const QString kCarrierColumns =
 
 TEST_F(TextExchangeTest, EveryKindExportedAndImportedIntoAFreshDatabaseGivesTheSameRows)
 {
+    // An empty table writes no file, removes an old one and says so; no file name, no box.
+    write_file(u"carriers.txt"_s, "old");
+    EXPECT_EQ(export_text(*state, ExchangeKind::Carriers, env.path(u"carriers.txt"_s)).box,
+              (Notice{u"Unable to write export file. Invalid path or insufficient rights."_s, u"Export Failed"_s}));
+    EXPECT_FALSE(QFile::exists(env.path(u"carriers.txt"_s)));
+    EXPECT_FALSE(export_text(*state, ExchangeKind::Carriers, QString()).box.has_value());
+
     add_carrier(*state, u"Zeta \"Z\", Ltd"_s, u"+49 (0) 30 Müller"_s, 3);
     add_carrier(*state, u"net"_s, u"1,2\r\n3"_s);
     add_recipient(*state, u"ann"_s, u"Ann \"The\" Ólafsdóttir, MD"_s, false, u"a'b\"c"_s);
@@ -191,17 +198,6 @@ TEST_F(TextExchangeTest, EveryKindExportedAndImportedIntoAFreshDatabaseGivesTheS
                             "\"500\",\"net\",\"1,2\r\n3\",\"1200,E,7,1\",160,\"AT&F \"\"x\"\"\",0,\"tap\",1,"
                             "\"usr\",\"p,w\"\"d\",#TRUE#,#NULL#,100\r\n"))
         << carriers.toStdString();
-}
-
-TEST_F(TextExchangeTest, AnEmptyTableWritesNoFileAndSaysSo)
-{
-    const QString path = env.path(u"carriers.txt"_s);
-    write_file(u"carriers.txt"_s, "old");
-    const ExportResult result = export_text(*state, ExchangeKind::Carriers, path);
-    EXPECT_EQ(result.box,
-              (Notice{u"Unable to write export file. Invalid path or insufficient rights."_s, u"Export Failed"_s}));
-    EXPECT_FALSE(QFile::exists(path));
-    EXPECT_FALSE(export_text(*state, ExchangeKind::Carriers, QString()).box.has_value());
 }
 
 TEST_F(TextExchangeTest, FilesThatCannotBeImportedLeaveTheTablesAlone)

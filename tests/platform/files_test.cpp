@@ -44,10 +44,13 @@ protected:
     QTemporaryDir m_dir;
 };
 
+// Whether a path exists, is a folder, and is a folder with entries (hidden files count, dots do not).
 TEST_F(FilesTest, ProbesTellFilesFoldersAndMissingPathsApart)
 {
     write_plain(path(u"file"_s), "x");
     QDir(m_dir.path()).mkdir(u"folder"_s);
+    QDir(m_dir.path()).mkdir(u"hidden"_s);
+    write_plain(path(u"hidden/.only"_s), "");
     QFile::link(path(u"nowhere"_s), path(u"dangling"_s));
 
     struct Case
@@ -55,15 +58,18 @@ TEST_F(FilesTest, ProbesTellFilesFoldersAndMissingPathsApart)
         QString path;
         bool exists;
         bool directory;
+        bool entries;
     };
     const Case cases[] = {
-        {path(u"file"_s), true, false},     {path(u"folder"_s), true, true},       {path(u"folder/"_s), true, true},
-        {path(u"missing"_s), false, false}, {path(u"file/below"_s), false, false}, {path(u"dangling"_s), false, false},
-        {QString(), false, false},
+        {path(u"file"_s), true, false, false},      {path(u"folder"_s), true, true, false},
+        {path(u"folder/"_s), true, true, false},    {path(u"hidden"_s), true, true, true},
+        {path(u"missing"_s), false, false, false},  {path(u"file/below"_s), false, false, false},
+        {path(u"dangling"_s), false, false, false}, {QString(), false, false, false},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(path_exists(c.path), c.exists) << c.path.toStdString();
         EXPECT_EQ(is_directory(c.path), c.directory) << c.path.toStdString();
+        EXPECT_EQ(directory_has_entries(c.path), c.entries) << c.path.toStdString();
     }
 }
 
@@ -98,20 +104,6 @@ TEST_F(FilesTest, MakeDirectoryRemoveAndRenameReportWhyTheyFailed)
     EXPECT_TRUE(is_directory(path(u"level"_s)));
     EXPECT_EQ(read_plain(path(u"b"_s)), "first");
     EXPECT_EQ(all_entries(m_dir.path()), (QStringList{u"b"_s, u"level"_s}));
-}
-
-TEST_F(FilesTest, DirectoryHasEntriesCountsHiddenFilesButNotDots)
-{
-    QDir(m_dir.path()).mkdir(u"empty"_s);
-    QDir(m_dir.path()).mkdir(u"hidden"_s);
-    write_plain(path(u"hidden/.only"_s), "");
-    write_plain(path(u"file"_s), "x");
-
-    EXPECT_FALSE(directory_has_entries(path(u"empty"_s)));
-    EXPECT_TRUE(directory_has_entries(path(u"hidden"_s)));
-    EXPECT_FALSE(directory_has_entries(path(u"missing"_s)));
-    EXPECT_FALSE(directory_has_entries(path(u"file"_s)));
-    EXPECT_FALSE(directory_has_entries(QString()));
 }
 
 TEST_F(FilesTest, CopyFileCopiesBytesAndPermissionsOrLeavesTheTargetAsItWas)
