@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 namespace cvd {
 namespace {
 
-TEST(PasswordEncoding, OneCharacterIsThreeDigitsOfItsMirroredCode)
+TEST(PasswordEncoding, OneCharacterIsThreeDigitsOfItsMirroredCodeAndEveryPrintableOneRoundTrips)
 {
     // 'a' is 97 = 01100001; mirrored 10000110 = 134.
     EXPECT_EQ(encode_password(u"a"_s), u"134"_s);
@@ -21,10 +21,8 @@ TEST(PasswordEncoding, OneCharacterIsThreeDigitsOfItsMirroredCode)
     EXPECT_EQ(tobinary(255, 8), u"11111111"_s);
     EXPECT_EQ(todecimal(u"10000110"_s), 134);
     EXPECT_EQ(reverse_text(u"abc"_s), u"cba"_s);
-}
 
-TEST(PasswordEncoding, EveryPrintableCharacterAndLongPasswordsRoundTrip)
-{
+    // Every printable character and passwords of the longest length come back.
     QString all;
     for (char16_t code = 32; code <= 126; ++code) {
         const QString one(QChar{code});

@@ -52,16 +52,6 @@ TEST_F(SettingsTest, SwitchOnCopiesTheGlobalValueIntoTheUserTableForGood)
     EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"dispatch"_s);
 }
 
-TEST_F(SettingsTest, WindowStateIsPerUserByDefault)
-{
-    SettingsStore& settings = state->settings;
-    settings.put_setting(u"display"_s, u"send_form_top"_s, 1200);
-    EXPECT_EQ(*settings.user_table(u"display"_s)->find(u"send_form_top"_s), 1200);
-    EXPECT_FALSE(settings.global_table(u"display"_s)->contains(u"send_form_top"_s));
-    save_settings(*state);
-    EXPECT_EQ(stored(user_db_path(*state), u"display"_s, u"send_form_top"_s), u"1200"_s);
-}
-
 TEST_F(SettingsTest, KeysAndCategoriesAreCaseBlindAndTypedReadersApplyTheirRules)
 {
     SettingsStore& settings = state->settings;
@@ -89,12 +79,17 @@ TEST_F(SettingsTest, KeysAndCategoriesAreCaseBlindAndTypedReadersApplyTheirRules
     EXPECT_EQ(settings.get_setting_text(u"display"_s, u"missing"_s), QString());
 }
 
-TEST_F(SettingsTest, SaveRewritesBothTablesAndLoadReadsThemBack)
+TEST_F(SettingsTest, SaveRewritesBothTablesWindowStateForTheUserAndLoadReadsThemBack)
 {
     SettingsStore& settings = state->settings;
     settings.put_setting(u"display"_s, u"clear_on_send"_s, true);
     settings.put_setting(u"logging"_s, u"level"_s, 4);
+    // Window state is the user's by default.
+    settings.put_setting(u"display"_s, u"send_form_top"_s, 1200);
+    EXPECT_EQ(*settings.user_table(u"display"_s)->find(u"send_form_top"_s), 1200);
+    EXPECT_FALSE(settings.global_table(u"display"_s)->contains(u"send_form_top"_s));
     save_settings(*state);
+    EXPECT_EQ(stored(user_db_path(*state), u"display"_s, u"send_form_top"_s), u"1200"_s);
     EXPECT_EQ(stored(global_db_path(*state), u"display"_s, u"clear_on_send"_s), u"-1"_s);
     EXPECT_EQ(stored(global_db_path(*state), u"logging"_s, u"level"_s), u"4"_s);
     // The user database keeps its own version row.

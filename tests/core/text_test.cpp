@@ -42,7 +42,7 @@ TEST(LeftRightOf, FirstOrLastSeparatorAndTheFallback)
     EXPECT_EQ(right_of(u"key=>value"_s, u"=>"_s, false, {}), u"value"_s);
 }
 
-TEST(NumericPrefix, ReadsTheLeadingNumberLeniently)
+TEST(NumericPrefix, ReadsTheLeadingNumberLenientlyAndToInt32RoundsHalfToEvenAndClamps)
 {
     const std::pair<QString, double> cases[] = {
         {u"15"_s, 15},     {u"  42abc"_s, 42}, {u"abc"_s, 0},     {QString(), 0},  {u"-7 days"_s, -7},
@@ -52,10 +52,7 @@ TEST(NumericPrefix, ReadsTheLeadingNumberLeniently)
     for (const auto& [input, expected] : cases) {
         EXPECT_DOUBLE_EQ(numeric_prefix(input), expected) << input.toStdString();
     }
-}
-
-TEST(ToInt32, RoundsHalfToEvenAndClamps)
-{
+    // What becomes of the number then: rounded half to even and clamped.
     EXPECT_EQ(to_int32(2.5), 2);
     EXPECT_EQ(to_int32(3.5), 4);
     EXPECT_EQ(to_int32(-1.5), -2);
