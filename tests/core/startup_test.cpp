@@ -169,21 +169,29 @@ TEST_F(StartupTest, TheLocalFormKeepsTheDatabasesBesideTheProgramCrossed)
     EXPECT_EQ(store::classify(user), store::FileKind::User);
 }
 
-// A line is handed on before the instance test and ends a second copy silently; without one, a second copy
-// shows the duplicate box unless started minimized.
+// A line is handed on before the instance test: a refused one ends the start with its reason and no lock
+// held, an accepted one ends a second copy silently. Without a line, a second copy shows the duplicate box
+// unless started minimized.
 TEST_F(StartupTest, ASecondCopyHandsItsLineOnOrShowsTheDuplicateBoxUnlessMinimized)
 {
+    QStringList lines;
+    StartupHooks hooks;
+    hooks.send_page = [&](AppState&, const QString& line, QString* reason) {
+        lines.append(line);
+        *reason = u"unknown recipient \"nobody\""_s;
+        return !line.startsWith(u"nobody"_s);
+    };
+    const StartupResult refused = start(u"nobody ops x"_s, hooks);
+    EXPECT_EQ(refused.outcome, StartupOutcome::Exit);
+    EXPECT_EQ(refused.exit_code, kExitLineRefused);
+    EXPECT_EQ(refused.reason, u"unknown recipient \"nobody\""_s);
+    EXPECT_FALSE(platform::program_is_running(env.runtime_dir()));
+
     auto held =
         platform::FileLock::try_lock(env.runtime_dir() + u"/CorvaneDesk.lock"_s, platform::FileLock::Mode::Exclusive);
     ASSERT_TRUE(held);
-    QStringList lines;
-    StartupHooks hooks;
-    hooks.send_page = [&](AppState&, const QString& line, QString*) {
-        lines.append(line);
-        return true;
-    };
     const StartupResult handed_on = start(u"/minimized bob ops Disk full"_s, hooks);
-    EXPECT_EQ(lines, QStringList{u"bob ops Disk full"_s});
+    EXPECT_EQ(lines, (QStringList{u"nobody ops x"_s, u"bob ops Disk full"_s}));
     EXPECT_EQ(handed_on.outcome, StartupOutcome::Exit);
     EXPECT_EQ(handed_on.exit_code, kExitOk);
     EXPECT_EQ(start(u"/minimized"_s).outcome, StartupOutcome::Exit);
@@ -195,20 +203,6 @@ TEST_F(StartupTest, ASecondCopyHandsItsLineOnOrShowsTheDuplicateBoxUnlessMinimiz
     ASSERT_EQ(env.prompter.boxes.size(), 1);
     EXPECT_EQ(env.prompter.boxes.front().title, u"Duplicate Application"_s);
     EXPECT_EQ(env.prompter.boxes.front().text, u"Another copy of Corvane Desk is already running.  Quitting..."_s);
-}
-
-TEST_F(StartupTest, ARefusedLineEndsTheStartWithItsReason)
-{
-    StartupHooks hooks;
-    hooks.send_page = [](AppState&, const QString&, QString* reason) {
-        *reason = u"unknown recipient \"nobody\""_s;
-        return false;
-    };
-    const StartupResult result = start(u"nobody ops x"_s, hooks);
-    EXPECT_EQ(result.outcome, StartupOutcome::Exit);
-    EXPECT_EQ(result.exit_code, kExitLineRefused);
-    EXPECT_EQ(result.reason, u"unknown recipient \"nobody\""_s);
-    EXPECT_FALSE(platform::program_is_running(env.runtime_dir()));
 }
 
 TEST_F(StartupTest, ADatabaseBesideTheProgramIsCopiedOnFirstRun)

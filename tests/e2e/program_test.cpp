@@ -290,8 +290,6 @@ protected:
         }
     }
 
-    QString output() { return cvd->output(); }
-
     QStringList engine_pids() const
     {
         QFile file(env.runtime_dir() + u"/engine.pids"_s);
@@ -337,7 +335,8 @@ TEST_F(DispatcherEndToEnd, MessagesFromEveryChannelAreScheduledAndTheEngineIsKep
                     "cv_stop_time) VALUES ('night', 'carol', 1, '1899-12-30 08:00:00', 1, '1899-12-30 08:00:00')"_s);
 
     // The engine is started on the first tick and reports its status.
-    ASSERT_TRUE(eventually([&] { return output().contains(u"engine: Engine ready"_s); })) << output().toStdString();
+    ASSERT_TRUE(eventually([&] { return cvd->output().contains(u"engine: Engine ready"_s); }))
+        << cvd->output().toStdString();
 
     // A drop file becomes a row with carrier and pin, and the file is gone; a bad one is kept as .bad.
     drop_file(u"page1.asc"_s, "Bob\nops\nDisk full on db1\n");
@@ -370,7 +369,7 @@ TEST_F(DispatcherEndToEnd, MessagesFromEveryChannelAreScheduledAndTheEngineIsKep
     EXPECT_TRUE(eventually([&] {
         return scalar(global, u"SELECT count(*) FROM cv_messages WHERE cv_recipient = 'dave' AND cv_sent <> 0"_s) == 2;
     }));
-    EXPECT_TRUE(eventually([&] { return output().contains(u"Bad: 1"_s); })) << output().toStdString();
+    EXPECT_TRUE(eventually([&] { return cvd->output().contains(u"Bad: 1"_s); })) << cvd->output().toStdString();
 
     // A three-member group and an on-call group handed in together expand in the same tick.
     exec_on(global,
@@ -390,7 +389,7 @@ TEST_F(DispatcherEndToEnd, MessagesFromEveryChannelAreScheduledAndTheEngineIsKep
     EXPECT_EQ(scalar(global, u"SELECT count(*) FROM cv_messages WHERE cv_recipient IN ('ops', 'night') AND "
                              "cv_transaction = 0 AND cv_sent <> 0"_s),
               2);
-    EXPECT_TRUE(output().contains(u"activity: delivered"_s));
+    EXPECT_TRUE(cvd->output().contains(u"activity: delivered"_s));
 
     // An engine that dies is started again on a later tick.
     const QStringList before = engine_pids();
@@ -413,7 +412,8 @@ TEST_F(DispatcherEndToEnd, EveryAcknowledgedSendOutlivesAnAbruptEndAndKeepsItsWh
     exec_on(global, u"INSERT INTO cv_recipients (cv_name, cv_id, cv_carrier, cv_group, cv_on_call) VALUES "
                     "('bob', '5551', 'tapnet', 0, 0)"_s);
     // Once the engine has reported, its pid is on record for the clean-up; none is started after the end.
-    ASSERT_TRUE(eventually([&] { return output().contains(u"engine: Engine ready"_s); })) << output().toStdString();
+    ASSERT_TRUE(eventually([&] { return cvd->output().contains(u"engine: Engine ready"_s); }))
+        << cvd->output().toStdString();
     const QString long_text = QString(6000, u'x');
     const QStringList texts{u"one"_s, long_text, u"three"_s, u"four"_s};
     for (const QString& text : texts) {

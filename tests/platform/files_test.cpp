@@ -104,6 +104,9 @@ TEST_F(FilesTest, MakeDirectoryRemoveAndRenameReportWhyTheyFailed)
     EXPECT_TRUE(is_directory(path(u"level"_s)));
     EXPECT_EQ(read_plain(path(u"b"_s)), "first");
     EXPECT_EQ(all_entries(m_dir.path()), (QStringList{u"b"_s, u"level"_s}));
+    // The errno reads as its name.
+    EXPECT_TRUE(error_text(ENOENT).contains(u"No such file or directory"_s)) << error_text(ENOENT).toStdString();
+    EXPECT_TRUE(error_text(EACCES).contains(u"Permission denied"_s)) << error_text(EACCES).toStdString();
 }
 
 TEST_F(FilesTest, CopyFileCopiesBytesAndPermissionsOrLeavesTheTargetAsItWas)
@@ -211,12 +214,6 @@ TEST(TextFromBytes, ReadsUtf8AndFallsBackToLatin1)
     for (const auto& [bytes, text] : cases) {
         EXPECT_EQ(text_from_bytes(bytes), text) << bytes.toHex().toStdString();
     }
-}
-
-TEST(ErrorText, NamesTheErrno)
-{
-    EXPECT_TRUE(error_text(ENOENT).contains(u"No such file or directory"_s)) << error_text(ENOENT).toStdString();
-    EXPECT_TRUE(error_text(EACCES).contains(u"Permission denied"_s)) << error_text(EACCES).toStdString();
 }
 
 } // namespace

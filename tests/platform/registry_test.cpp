@@ -132,7 +132,7 @@ TEST_F(RegistryTest, NumbersAreDecimalTextWithOptionalBlanksAndSign)
     }
 }
 
-TEST_F(RegistryTest, MissingKeysAndValuesReadAsNothingAndWritesNeedTheKey)
+TEST_F(RegistryTest, MissingKeysAndValuesReadAsNothingWritesNeedTheKeyAndDeletesTakeBoth)
 {
     EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::nullopt);
     EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"To"_s), std::nullopt);
@@ -151,6 +151,30 @@ TEST_F(RegistryTest, MissingKeysAndValuesReadAsNothingAndWritesNeedTheKey)
     EXPECT_FALSE(m_registry.delete_value(Hive::LocalMachine, kKey, u"Window"_s));
     EXPECT_TRUE(m_registry.key_exists(Hive::LocalMachine, kKey + u"\\Window"_s));
     EXPECT_EQ(all_entries(folder()), QStringList{u"Window"_s});
+
+    // Deleting values and keys; what is gone already counts as deleted.
+    const QString child = kKey + u"\\Window"_s;
+    ASSERT_TRUE(m_registry.create_key(Hive::LocalMachine, child + u"\\Deep\\Deeper"_s));
+    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, child, u"Left"_s, u"10"_s));
+    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, child + u"\\Deep\\Deeper"_s, u"x"_s, u"y"_s));
+    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"To"_s, u"bob"_s));
+    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"Ready"_s, u"1"_s));
+
+    EXPECT_TRUE(m_registry.delete_value(Hive::LocalMachine, kKey, u"To"_s));
+    EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::nullopt);
+    EXPECT_TRUE(m_registry.delete_value(Hive::LocalMachine, kKey, u"To"_s)) << "already gone counts as gone";
+    EXPECT_EQ(m_registry.value_names(Hive::LocalMachine, kKey), QStringList{u"Ready"_s});
+
+    EXPECT_TRUE(m_registry.delete_key(Hive::LocalMachine, child));
+    EXPECT_FALSE(m_registry.key_exists(Hive::LocalMachine, child));
+    EXPECT_FALSE(path_exists(m_registry.key_folder(Hive::LocalMachine, child)));
+    EXPECT_TRUE(m_registry.subkeys(Hive::LocalMachine, kKey).isEmpty());
+    EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"Ready"_s), std::optional<QString>(u"1"_s));
+    EXPECT_TRUE(m_registry.delete_key(Hive::LocalMachine, child)) << "a missing key is gone already";
+
+    EXPECT_FALSE(m_registry.delete_key(Hive::LocalMachine, QString())) << "a hive is not deleted";
+    EXPECT_FALSE(m_registry.delete_key(Hive::LocalMachine, u"\\"_s));
+    EXPECT_TRUE(m_registry.key_exists(Hive::LocalMachine, kKey));
 }
 
 TEST_F(RegistryTest, EnumerationIsInByteOrderAndSeparatesSubkeysFromValues)
@@ -186,32 +210,6 @@ TEST_F(RegistryTest, EnumerationIsInByteOrderAndSeparatesSubkeysFromValues)
     EXPECT_EQ(m_registry.value_names(Hive::LocalMachine, kKey), value_order);
     EXPECT_EQ(m_registry.values(Hive::LocalMachine, kKey), pairs);
     EXPECT_TRUE(m_registry.values(Hive::LocalMachine, u"SOFTWARE\\Nobody"_s).isEmpty());
-}
-
-TEST_F(RegistryTest, DeletingValuesAndKeys)
-{
-    const QString child = kKey + u"\\Window"_s;
-    ASSERT_TRUE(m_registry.create_key(Hive::LocalMachine, child + u"\\Deep\\Deeper"_s));
-    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, child, u"Left"_s, u"10"_s));
-    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, child + u"\\Deep\\Deeper"_s, u"x"_s, u"y"_s));
-    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"To"_s, u"bob"_s));
-    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"Ready"_s, u"1"_s));
-
-    EXPECT_TRUE(m_registry.delete_value(Hive::LocalMachine, kKey, u"To"_s));
-    EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::nullopt);
-    EXPECT_TRUE(m_registry.delete_value(Hive::LocalMachine, kKey, u"To"_s)) << "already gone counts as gone";
-    EXPECT_EQ(m_registry.value_names(Hive::LocalMachine, kKey), QStringList{u"Ready"_s});
-
-    EXPECT_TRUE(m_registry.delete_key(Hive::LocalMachine, child));
-    EXPECT_FALSE(m_registry.key_exists(Hive::LocalMachine, child));
-    EXPECT_FALSE(path_exists(m_registry.key_folder(Hive::LocalMachine, child)));
-    EXPECT_TRUE(m_registry.subkeys(Hive::LocalMachine, kKey).isEmpty());
-    EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"Ready"_s), std::optional<QString>(u"1"_s));
-    EXPECT_TRUE(m_registry.delete_key(Hive::LocalMachine, child)) << "a missing key is gone already";
-
-    EXPECT_FALSE(m_registry.delete_key(Hive::LocalMachine, QString())) << "a hive is not deleted";
-    EXPECT_FALSE(m_registry.delete_key(Hive::LocalMachine, u"\\"_s));
-    EXPECT_TRUE(m_registry.key_exists(Hive::LocalMachine, kKey));
 }
 
 TEST_F(RegistryTest, AFailedWriteLeavesTheOldValue)

@@ -17,7 +17,7 @@ struct ExpectedColumn
 {
     QString name;
     QChar kind; // T text of a width, M memo, B boolean, L long, I integer, D date, A auto number
-    int width = 0;
+    QString declared_type;
 };
 
 struct ExpectedTable
@@ -33,7 +33,9 @@ ExpectedTable table(const QString& name, const QString& layout)
     ExpectedTable table{name, {}};
     for (const QString& column : layout.split(u' ', Qt::SkipEmptyParts)) {
         const QString kind = column.section(u':', 1);
-        table.columns.append({column.section(u':', 0, 0), kind.front(), kind.mid(1).toInt()});
+        const QString type = kind == u"M"_s || kind == u"D"_s ? u"TEXT"_s : u"INTEGER"_s;
+        table.columns.append(
+            {column.section(u':', 0, 0), kind.front(), kind.front() == u'T' ? u"TEXT(%1)"_s.arg(kind.mid(1)) : type});
     }
     return table;
 }
@@ -64,14 +66,6 @@ const QList<ExpectedTable> kGlobalTables = {
 };
 const QList<ExpectedTable> kUserTables = {kSettings, kPresets};
 
-QString declared_type(const ExpectedColumn& column)
-{
-    if (column.kind == u'T') {
-        return u"TEXT(%1)"_s.arg(column.width);
-    }
-    return column.kind == u'M' || column.kind == u'D' ? u"TEXT"_s : u"INTEGER"_s;
-}
-
 class SchemaLayout : public ::testing::TestWithParam<bool>
 {
 protected:
@@ -101,7 +95,7 @@ TEST_P(SchemaLayout, TablesAndColumnsAreExactlyTheOldLayoutInItsOrder)
         expected_tables.append(table.name);
         QStringList expected;
         for (const ExpectedColumn& column : table.columns) {
-            expected.append(column.name + u' ' + declared_type(column) + (column.kind == u'A' ? u" key"_s : QString()));
+            expected.append(column.name + u' ' + column.declared_type + (column.kind == u'A' ? u" key"_s : QString()));
         }
         QStringList actual;
         for (const QStringList& row : query_rows(
