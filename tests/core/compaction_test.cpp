@@ -38,13 +38,6 @@ protected:
         return select.step() ? select.text(0).value_or(u"<null>"_s) : u"<no row>"_s;
     }
 
-    // A scratch file that cannot be deleted: a folder with something in it.
-    static void block_scratch(const QString& folder)
-    {
-        QFile::remove(folder + u"cvdtmp.mdb"_s);
-        ASSERT_TRUE(QDir().mkpath(folder + u"cvdtmp.mdb/inside"_s));
-    }
-
     testing::TestEnvironment env;
     std::unique_ptr<AppState> state;
     QString global;
@@ -98,7 +91,9 @@ TEST_F(CompactDatabases, AStaleScratchThatCannotBeDeletedSkipsOnlyItsOwnDatabase
     for (const bool global_blocked : {true, false}) {
         SCOPED_TRACE(global_blocked ? "global scratch in the way" : "user scratch in the way");
         const QString folder = global_blocked ? env.global_db_folder() : env.user_db_folder();
-        block_scratch(folder);
+        // A scratch file that cannot be deleted: a folder with something in it.
+        QFile::remove(folder + u"cvdtmp.mdb"_s);
+        ASSERT_TRUE(QDir().mkpath(folder + u"cvdtmp.mdb/inside"_s));
 
         const CompactionReport report = compact_databases(*state);
 

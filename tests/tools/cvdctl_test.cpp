@@ -160,8 +160,7 @@ TEST_F(CvdctlControl, ListShowsTheAddressBook)
     EXPECT_EQ(cvdctl({u"list"_s, u"people"_s}).status, 2);
 }
 
-// Which rows a purge takes is shown below; here only that it refuses a count that is no number.
-TEST_F(CvdctlControl, DbCheckBackupAndPurge)
+TEST_F(CvdctlControl, DbCheckAndBackupReportAndCopyAndMistakenDbCommandsAreRefused)
 {
     exec(u"INSERT INTO cv_messages (cv_recipient, cv_sent, cv_error, cv_scheduled, cv_date_time_sent) VALUES "
          "('bob', -1, 0, -1, '2020-01-01 10:00:00'), ('bob', -1, 0, -1, datetime('now', 'localtime')), "
