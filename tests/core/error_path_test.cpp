@@ -1,11 +1,16 @@
 #include "core/app_state.h"
 #include "core/databases.h"
 #include "core/error_path.h"
+#include "core/halt_barrier.h"
+#include "core/startup.h"
 #include "store/database.h"
 #include "support/test_environment.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
+#include <QTimer>
 #include <cerrno>
 #include <gtest/gtest.h>
 
@@ -23,7 +28,7 @@ QByteArray file_bytes(const QString& path)
 }
 
 // Feeds the same error to the common path until it halts; returns how many failures that took.
-int failures_until_halt(AppState& state, const ErrorInfo& error, int limit)
+int failures_until_halt(AppState& state, const ErrorInfo& error, int limit = 5000)
 {
     for (int failure = 1; failure <= limit; ++failure) {
         try {
@@ -35,44 +40,53 @@ int failures_until_halt(AppState& state, const ErrorInfo& error, int limit)
     return -1;
 }
 
-TEST(HandleError, ARetryableDatabaseErrorHaltsAtTheEighteenthFailure)
+class ErrorCounters : public ::testing::Test
 {
+protected:
     testing::TestEnvironment env;
-    auto state = env.make_state();
-    const ErrorInfo busy = database_error_info(store::Error(store::codes::Busy, u"database is locked"_s));
-    ASSERT_TRUE(busy.retryable);
+    std::unique_ptr<AppState> state = env.make_state();
+};
+using WithRetry = ErrorCounters;
+using HaltBarrier = ErrorCounters;
 
-    EXPECT_EQ(failures_until_halt(*state, busy, 100), 18);
-    // Each failure before the halt waited 0.5 s plus the random part (pinned at 0.25).
-    EXPECT_EQ(env.clock.waits.size(), 17);
-    EXPECT_EQ(env.clock.waits.front(), 750);
-    ASSERT_EQ(env.prompter.boxes.size(), 1);
-    EXPECT_EQ(env.prompter.boxes.front().title, u"CorvaneDesk Fatal Error"_s);
-    EXPECT_EQ(env.prompter.boxes.front().text,
-              u"Fatal database error:  5 database is locked in Procedure: open_database Program Halted"_s);
-}
-
-TEST(HandleError, CountersClearedBetweenUnitsGiveFreshRetries)
+// Retryable database errors get 18 tries, file errors 1681, anything else none; every failure before the halt
+// waits 0.5 s plus the random part (pinned at 0.25).
+TEST(HandleError, EachKindOfErrorHaltsAfterItsNumberOfFailuresWithItsBox)
 {
-    testing::TestEnvironment env;
-    auto state = env.make_state();
-    const ErrorInfo locked = database_error_info(store::Error(store::codes::Locked, u"locked"_s));
-    for (int failure = 0; failure < 17; ++failure) {
-        handle_error(*state, kProcedure, locked);
+    const struct
+    {
+        ErrorInfo error;
+        int failures;
+        QString box; // * stands for any text without a slash
+    } cases[] = {
+        {database_error_info(store::Error(store::codes::Busy, u"database is locked"_s)), 18,
+         u"Fatal database error:  5 database is locked in Procedure: open_database Program Halted"_s},
+        {database_error_info(store::Error(store::codes::NotADb, u"file is not a database"_s)), 1,
+         u"Fatal database error:  26 *"_s},
+        {file_error_info(EACCES), 1681, u"Excessive file errors: 13 * in Procedure: open_database"_s},
+        {other_error_info(91, u"Object variable not set"_s), 1,
+         u"Error #91 Object variable not set in Procedure: open_database"_s},
+    };
+    for (const auto& c : cases) {
+        testing::TestEnvironment env;
+        auto state = env.make_state();
+        EXPECT_EQ(failures_until_halt(*state, c.error), c.failures) << c.box.toStdString();
+        EXPECT_EQ(env.clock.waits.size(), c.failures - 1);
+        EXPECT_EQ(env.clock.waits.value(0, 750), 750);
+        ASSERT_EQ(env.prompter.boxes.size(), 1);
+        EXPECT_EQ(env.prompter.boxes.front().title, u"CorvaneDesk Fatal Error"_s);
+        const QRegularExpression box = QRegularExpression::fromWildcard(c.box, Qt::CaseSensitive);
+        EXPECT_TRUE(box.match(env.prompter.boxes.front().text).hasMatch())
+            << env.prompter.boxes.front().text.toStdString();
     }
-    state->clear_error_counters();
-    EXPECT_EQ(failures_until_halt(*state, locked, 100), 18);
 }
 
-TEST(HandleError, ADatabaseErrorThatNoRetryMendsHaltsAtOnce)
+TEST_F(ErrorCounters, ClearedBetweenUnitsGiveFreshRetries)
 {
-    testing::TestEnvironment env;
-    auto state = env.make_state();
-    const ErrorInfo corrupt = database_error_info(store::Error(store::codes::NotADb, u"file is not a database"_s));
-    EXPECT_FALSE(corrupt.retryable);
-    EXPECT_EQ(failures_until_halt(*state, corrupt, 5), 1);
-    EXPECT_TRUE(env.clock.waits.isEmpty());
-    EXPECT_TRUE(env.prompter.boxes.front().text.startsWith(u"Fatal database error:  26 "_s));
+    const ErrorInfo locked = database_error_info(store::Error(store::codes::Locked, u"locked"_s));
+    EXPECT_EQ(failures_until_halt(*state, locked, 17), -1);
+    state->clear_error_counters();
+    EXPECT_EQ(failures_until_halt(*state, locked), 18);
 }
 
 TEST(HandleError, ADamagedDatabaseIsClosedWithoutAnotherWriteAndHaltsAtOnce)
@@ -104,29 +118,8 @@ TEST(HandleError, ADamagedDatabaseIsClosedWithoutAnotherWriteAndHaltsAtOnce)
     }
 }
 
-TEST(HandleError, AFileErrorHaltsAtThe1681stFailure)
+TEST_F(WithRetry, RunsTheStepAgainUntilItSucceeds)
 {
-    testing::TestEnvironment env;
-    auto state = env.make_state();
-    const ErrorInfo file = file_error_info(EACCES);
-    EXPECT_EQ(failures_until_halt(*state, file, 5000), 1681);
-    EXPECT_EQ(env.clock.waits.size(), 1680);
-    EXPECT_TRUE(env.prompter.boxes.front().text.startsWith(u"Excessive file errors: 13 "_s));
-    EXPECT_TRUE(env.prompter.boxes.front().text.endsWith(u" in Procedure: open_database"_s));
-}
-
-TEST(HandleError, AnyOtherErrorHaltsAtTheFirstOccurrence)
-{
-    testing::TestEnvironment env;
-    auto state = env.make_state();
-    EXPECT_EQ(failures_until_halt(*state, other_error_info(91, u"Object variable not set"_s), 5), 1);
-    EXPECT_EQ(env.prompter.boxes.front().text, u"Error #91 Object variable not set in Procedure: open_database"_s);
-}
-
-TEST(WithRetry, RunsTheStepAgainUntilItSucceeds)
-{
-    testing::TestEnvironment env;
-    auto state = env.make_state();
     int attempts = 0;
     const int value = with_retry(*state, kProcedure, [&] {
         if (++attempts < 4) {
@@ -140,10 +133,8 @@ TEST(WithRetry, RunsTheStepAgainUntilItSucceeds)
     EXPECT_TRUE(env.prompter.boxes.isEmpty());
 }
 
-TEST(WithRetry, AHaltEndsTheRetries)
+TEST_F(WithRetry, AHaltEndsTheRetries)
 {
-    testing::TestEnvironment env;
-    auto state = env.make_state();
     int attempts = 0;
     EXPECT_THROW(with_retry(*state, kProcedure,
                             [&] {
@@ -152,6 +143,28 @@ TEST(WithRetry, AHaltEndsTheRetries)
                             }),
                  ProgramHalted);
     EXPECT_EQ(attempts, 1681);
+}
+
+// The test main's application carries the barrier, as the program's does.
+TEST_F(HaltBarrier, AHaltInsideASlotEndsTheEventLoopWithItsBoxAndIsNoted)
+{
+    clear_noted_halt();
+    bool ran_after_halt = false;
+    QObject context;
+    QTimer::singleShot(0, &context, [&] {
+        handle_error(*state, u"Procedure: a_handler"_s, other_error_info(5, u"Invalid procedure call"_s));
+        ran_after_halt = true;
+    });
+    QTimer::singleShot(0, &context, [] {}); // the loop goes on serving nothing after the halt
+    EXPECT_EQ(QCoreApplication::exec(), kExitFailure);
+
+    EXPECT_FALSE(ran_after_halt);
+    ASSERT_TRUE(noted_halt().has_value());
+    EXPECT_TRUE(noted_halt()->contains(u"Procedure: a_handler"_s));
+    ASSERT_EQ(env.prompter.boxes.size(), 1);
+    EXPECT_EQ(env.prompter.boxes.front().title, u"CorvaneDesk Fatal Error"_s);
+    EXPECT_EQ(env.prompter.boxes.front().icon, BoxIcon::Critical);
+    clear_noted_halt();
 }
 
 } // namespace

@@ -2,9 +2,8 @@
 #include "core/settings.h"
 #include "store/database.h"
 #include "store/schema.h"
-#include "support/test_environment.h"
+#include "support/database_test.h"
 
-#include <QDir>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -12,18 +11,10 @@ using namespace Qt::StringLiterals;
 namespace cvd {
 namespace {
 
-class SettingsTest : public ::testing::Test
+class SettingsTest : public testing::DatabaseTest
 {
 protected:
-    void SetUp() override
-    {
-        state = env.make_state();
-        state->global_db_folder = env.path(u"g/"_s);
-        state->user_db_folder = env.path(u"u/"_s);
-        QDir().mkpath(state->global_db_folder);
-        QDir().mkpath(state->user_db_folder);
-        load_settings(*state);
-    }
+    SettingsTest() : DatabaseTest(Start::LoadSettings) {}
 
     // The value stored in a database's settings table, read straight from the file.
     std::optional<QString> stored(const QString& path, const QString& category, const QString& name)
@@ -34,21 +25,7 @@ protected:
         select.bind(1, category).bind(2, name);
         return select.step() ? select.text(0) : std::nullopt;
     }
-
-    testing::TestEnvironment env;
-    std::unique_ptr<AppState> state;
 };
-
-TEST_F(SettingsTest, KeysAndCategoriesAreCaseBlind)
-{
-    SettingsStore& settings = state->settings;
-    EXPECT_EQ(settings.get_setting(u"Connector"_s, u"Port"_s), settings.get_setting(u"connector"_s, u"port"_s));
-    EXPECT_EQ(settings.get_setting_text(u"CONNECTOR"_s, u"RETRY_INTERVAL"_s), u"15"_s);
-    settings.put_setting(u"Display"_s, u"Extra1_Label"_s, u"Pager"_s);
-    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Pager"_s);
-    EXPECT_FALSE(settings.get_setting(u"nosuchcategory"_s, u"port"_s).has_value());
-    EXPECT_FALSE(settings.get_setting(u"connector"_s, u"nosuchname"_s).has_value());
-}
 
 TEST_F(SettingsTest, SwitchOnCopiesTheGlobalValueIntoTheUserTableForGood)
 {
@@ -75,19 +52,15 @@ TEST_F(SettingsTest, SwitchOnCopiesTheGlobalValueIntoTheUserTableForGood)
     EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"dispatch"_s);
 }
 
-TEST_F(SettingsTest, WindowStateIsPerUserByDefault)
+TEST_F(SettingsTest, KeysAndCategoriesAreCaseBlindAndTypedReadersApplyTheirRules)
 {
     SettingsStore& settings = state->settings;
-    settings.put_setting(u"display"_s, u"send_form_top"_s, 1200);
-    EXPECT_EQ(*settings.user_table(u"display"_s)->find(u"send_form_top"_s), 1200);
-    EXPECT_FALSE(settings.global_table(u"display"_s)->contains(u"send_form_top"_s));
-    save_settings(*state);
-    EXPECT_EQ(stored(user_db_path(*state), u"display"_s, u"send_form_top"_s), u"1200"_s);
-}
-
-TEST_F(SettingsTest, TypedReadersApplyTheirRules)
-{
-    SettingsStore& settings = state->settings;
+    EXPECT_EQ(settings.get_setting(u"Connector"_s, u"Port"_s), settings.get_setting(u"connector"_s, u"port"_s));
+    EXPECT_EQ(settings.get_setting_text(u"CONNECTOR"_s, u"RETRY_INTERVAL"_s), u"15"_s);
+    settings.put_setting(u"Display"_s, u"Extra1_Label"_s, u"Pager"_s);
+    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Pager"_s);
+    EXPECT_FALSE(settings.get_setting(u"nosuchcategory"_s, u"port"_s).has_value());
+    EXPECT_FALSE(settings.get_setting(u"connector"_s, u"nosuchname"_s).has_value());
     settings.put_setting(u"display"_s, u"extra1_label"_s, u"Room\\035"_s);
     EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Room#"_s);
 
@@ -106,12 +79,17 @@ TEST_F(SettingsTest, TypedReadersApplyTheirRules)
     EXPECT_EQ(settings.get_setting_text(u"display"_s, u"missing"_s), QString());
 }
 
-TEST_F(SettingsTest, SaveRewritesBothTablesAndLoadReadsThemBack)
+TEST_F(SettingsTest, SaveRewritesBothTablesWindowStateForTheUserAndLoadReadsThemBack)
 {
     SettingsStore& settings = state->settings;
     settings.put_setting(u"display"_s, u"clear_on_send"_s, true);
     settings.put_setting(u"logging"_s, u"level"_s, 4);
+    // Window state is the user's by default.
+    settings.put_setting(u"display"_s, u"send_form_top"_s, 1200);
+    EXPECT_EQ(*settings.user_table(u"display"_s)->find(u"send_form_top"_s), 1200);
+    EXPECT_FALSE(settings.global_table(u"display"_s)->contains(u"send_form_top"_s));
     save_settings(*state);
+    EXPECT_EQ(stored(user_db_path(*state), u"display"_s, u"send_form_top"_s), u"1200"_s);
     EXPECT_EQ(stored(global_db_path(*state), u"display"_s, u"clear_on_send"_s), u"-1"_s);
     EXPECT_EQ(stored(global_db_path(*state), u"logging"_s, u"level"_s), u"4"_s);
     // The user database keeps its own version row.
@@ -127,11 +105,8 @@ TEST_F(SettingsTest, SaveRewritesBothTablesAndLoadReadsThemBack)
 
 TEST_F(SettingsTest, NullValuesReadAsEmptyAndTheLastDuplicateWins)
 {
-    {
-        store::Database db = store::Database::open(global_db_path(*state));
-        db.exec(u"INSERT INTO cv_settings (cv_category, cv_name, cv_value) VALUES ('display', 'extra2_label', NULL)"_s);
-        db.exec(u"INSERT INTO cv_settings (cv_category, cv_name, cv_value) VALUES ('Connector', 'PORT', '7')"_s);
-    }
+    db().exec(u"INSERT INTO cv_settings (cv_category, cv_name, cv_value) VALUES ('display', 'extra2_label', NULL), "
+              "('Connector', 'PORT', '7')"_s);
     load_settings(*state);
     const std::optional<QVariant> extra2 = state->settings.get_setting(u"display"_s, u"extra2_label"_s);
     ASSERT_TRUE(extra2.has_value());

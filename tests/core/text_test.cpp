@@ -9,11 +9,7 @@ namespace {
 
 TEST(NormalizeId, KeepsLettersDigitsDashUnderscoreAndSqueezesRuns)
 {
-    const struct
-    {
-        QString input;
-        QString expected;
-    } cases[] = {
+    const std::pair<QString, QString> cases[] = {
         {u"Smith, John"_s, u"smith_john"_s},
         {u"Dr. Jane  Doe (ICU)"_s, u"dr_jane_doe_icu"_s},
         {u"ops--team"_s, u"ops-team"_s},
@@ -22,8 +18,8 @@ TEST(NormalizeId, KeepsLettersDigitsDashUnderscoreAndSqueezesRuns)
         {u"night-shift_2"_s, u"night-shift_2"_s},
         {QString(), QString()},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(normalize_id(c.input), c.expected) << c.input.toStdString();
+    for (const auto& [input, expected] : cases) {
+        EXPECT_EQ(normalize_id(input), expected) << input.toStdString();
     }
 }
 
@@ -46,24 +42,17 @@ TEST(LeftRightOf, FirstOrLastSeparatorAndTheFallback)
     EXPECT_EQ(right_of(u"key=>value"_s, u"=>"_s, false, {}), u"value"_s);
 }
 
-TEST(NumericPrefix, ReadsTheLeadingNumberLeniently)
+TEST(NumericPrefix, ReadsTheLeadingNumberLenientlyAndToInt32RoundsHalfToEvenAndClamps)
 {
-    const struct
-    {
-        QString input;
-        double expected;
-    } cases[] = {
+    const std::pair<QString, double> cases[] = {
         {u"15"_s, 15},     {u"  42abc"_s, 42}, {u"abc"_s, 0},     {QString(), 0},  {u"-7 days"_s, -7},
         {u"1 2 3"_s, 123}, {u"3.5x"_s, 3.5},   {u"&H1F"_s, 31},   {u"&O17"_s, 15}, {u"2e3"_s, 2000},
         {u"12e"_s, 12},    {u"+8"_s, 8},       {u"1.2.3"_s, 1.2}, {u"--5"_s, 0},   {u"0.0.0.0"_s, 0},
     };
-    for (const auto& c : cases) {
-        EXPECT_DOUBLE_EQ(numeric_prefix(c.input), c.expected) << c.input.toStdString();
+    for (const auto& [input, expected] : cases) {
+        EXPECT_DOUBLE_EQ(numeric_prefix(input), expected) << input.toStdString();
     }
-}
-
-TEST(ToInt32, RoundsHalfToEvenAndClamps)
-{
+    // What becomes of the number then: rounded half to even and clamped.
     EXPECT_EQ(to_int32(2.5), 2);
     EXPECT_EQ(to_int32(3.5), 4);
     EXPECT_EQ(to_int32(-1.5), -2);
@@ -74,11 +63,7 @@ TEST(ToInt32, RoundsHalfToEvenAndClamps)
 TEST(UnescapeSettingText, TurnsBackslashAndThreeCharactersIntoOneCharacter)
 {
     const QString nul(QChar(u'\0'));
-    const struct
-    {
-        QString stored;
-        QString expected;
-    } cases[] = {
+    const std::pair<QString, QString> cases[] = {
         {u"a\\065b"_s, u"aAb"_s},
         {u"\\072\\105"_s, u"Hi"_s},
         // Three non-digits give code 0, so a path with a backslash in the middle is altered.
@@ -90,8 +75,8 @@ TEST(UnescapeSettingText, TurnsBackslashAndThreeCharactersIntoOneCharacter)
         {u"\\092065"_s, u"\\065"_s},
         {u"plain"_s, u"plain"_s},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(unescape_setting_text(c.stored), c.expected) << c.stored.toStdString();
+    for (const auto& [stored, expected] : cases) {
+        EXPECT_EQ(unescape_setting_text(stored), expected) << stored.toStdString();
     }
 }
 

@@ -44,10 +44,13 @@ protected:
     QTemporaryDir m_dir;
 };
 
+// Whether a path exists, is a folder, and is a folder with entries (hidden files count, dots do not).
 TEST_F(FilesTest, ProbesTellFilesFoldersAndMissingPathsApart)
 {
     write_plain(path(u"file"_s), "x");
     QDir(m_dir.path()).mkdir(u"folder"_s);
+    QDir(m_dir.path()).mkdir(u"hidden"_s);
+    write_plain(path(u"hidden/.only"_s), "");
     QFile::link(path(u"nowhere"_s), path(u"dangling"_s));
 
     struct Case
@@ -55,75 +58,58 @@ TEST_F(FilesTest, ProbesTellFilesFoldersAndMissingPathsApart)
         QString path;
         bool exists;
         bool directory;
+        bool entries;
     };
     const Case cases[] = {
-        {path(u"file"_s), true, false},     {path(u"folder"_s), true, true},       {path(u"folder/"_s), true, true},
-        {path(u"missing"_s), false, false}, {path(u"file/below"_s), false, false}, {path(u"dangling"_s), false, false},
-        {QString(), false, false},
+        {path(u"file"_s), true, false, false},      {path(u"folder"_s), true, true, false},
+        {path(u"folder/"_s), true, true, false},    {path(u"hidden"_s), true, true, true},
+        {path(u"missing"_s), false, false, false},  {path(u"file/below"_s), false, false, false},
+        {path(u"dangling"_s), false, false, false}, {QString(), false, false, false},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(path_exists(c.path), c.exists) << c.path.toStdString();
         EXPECT_EQ(is_directory(c.path), c.directory) << c.path.toStdString();
+        EXPECT_EQ(directory_has_entries(c.path), c.entries) << c.path.toStdString();
     }
 }
 
-TEST_F(FilesTest, MakeDirectoryCreatesOneLevelAndReportsWhyItFailed)
-{
-    const FileResult made = make_directory(path(u"level"_s));
-    EXPECT_TRUE(made.ok);
-    EXPECT_TRUE(is_directory(path(u"level"_s)));
-
-    const FileResult again = make_directory(path(u"level"_s));
-    EXPECT_FALSE(again.ok);
-    EXPECT_EQ(again.error, EEXIST);
-
-    const FileResult deep = make_directory(path(u"missing/level"_s));
-    EXPECT_FALSE(deep.ok);
-    EXPECT_EQ(deep.error, ENOENT);
-    EXPECT_FALSE(path_exists(path(u"missing"_s)));
-
-    EXPECT_FALSE(make_directory(QString()).ok);
-}
-
-TEST_F(FilesTest, DirectoryHasEntriesCountsHiddenFilesButNotDots)
-{
-    QDir(m_dir.path()).mkdir(u"empty"_s);
-    QDir(m_dir.path()).mkdir(u"hidden"_s);
-    write_plain(path(u"hidden/.only"_s), "");
-    write_plain(path(u"file"_s), "x");
-
-    EXPECT_FALSE(directory_has_entries(path(u"empty"_s)));
-    EXPECT_TRUE(directory_has_entries(path(u"hidden"_s)));
-    EXPECT_FALSE(directory_has_entries(path(u"missing"_s)));
-    EXPECT_FALSE(directory_has_entries(path(u"file"_s)));
-    EXPECT_FALSE(directory_has_entries(QString()));
-}
-
-TEST_F(FilesTest, RemoveAndRenameReportErrno)
+// Each step in order, with the errno it must report (0: it succeeds, -1: it fails for any reason).
+TEST_F(FilesTest, MakeDirectoryRemoveAndRenameReportWhyTheyFailed)
 {
     write_plain(path(u"a"_s), "first");
     write_plain(path(u"b"_s), "second");
-
-    EXPECT_TRUE(rename_file(path(u"a"_s), path(u"b"_s)).ok);
+    write_plain(path(u"d"_s), "doomed");
+    const struct
+    {
+        const char* step;
+        FileResult result;
+        int error;
+    } steps[] = {
+        {"make", make_directory(path(u"level"_s)), 0},
+        {"make again", make_directory(path(u"level"_s)), EEXIST},
+        {"make two levels", make_directory(path(u"missing/level"_s)), ENOENT},
+        {"make nothing", make_directory(QString()), -1},
+        {"rename over b", rename_file(path(u"a"_s), path(u"b"_s)), 0},
+        {"rename missing", rename_file(path(u"a"_s), path(u"c"_s)), ENOENT},
+        {"remove", remove_file(path(u"d"_s)), 0},
+        {"remove again", remove_file(path(u"d"_s)), ENOENT},
+        {"remove a folder", remove_file(path(u"level"_s)), -1},
+    };
+    for (const auto& c : steps) {
+        EXPECT_EQ(c.result.ok, c.error == 0) << c.step;
+        if (c.error > 0) {
+            EXPECT_EQ(c.result.error, c.error) << c.step;
+        }
+    }
+    EXPECT_TRUE(is_directory(path(u"level"_s)));
     EXPECT_EQ(read_plain(path(u"b"_s)), "first");
-    EXPECT_FALSE(path_exists(path(u"a"_s)));
-
-    const FileResult missing_rename = rename_file(path(u"a"_s), path(u"c"_s));
-    EXPECT_FALSE(missing_rename.ok);
-    EXPECT_EQ(missing_rename.error, ENOENT);
-
-    EXPECT_TRUE(remove_file(path(u"b"_s)).ok);
-    EXPECT_FALSE(path_exists(path(u"b"_s)));
-    const FileResult missing_remove = remove_file(path(u"b"_s));
-    EXPECT_FALSE(missing_remove.ok);
-    EXPECT_EQ(missing_remove.error, ENOENT);
-
-    QDir(m_dir.path()).mkdir(u"folder"_s);
-    EXPECT_FALSE(remove_file(path(u"folder"_s)).ok);
-    EXPECT_TRUE(is_directory(path(u"folder"_s)));
+    EXPECT_EQ(all_entries(m_dir.path()), (QStringList{u"b"_s, u"level"_s}));
+    // The errno reads as its name.
+    EXPECT_TRUE(error_text(ENOENT).contains(u"No such file or directory"_s)) << error_text(ENOENT).toStdString();
+    EXPECT_TRUE(error_text(EACCES).contains(u"Permission denied"_s)) << error_text(EACCES).toStdString();
 }
 
-TEST_F(FilesTest, CopyFileCopiesBytesAndPermissionsAndReplacesTheTarget)
+TEST_F(FilesTest, CopyFileCopiesBytesAndPermissionsOrLeavesTheTargetAsItWas)
 {
     QByteArray content;
     for (int i = 0; i < 200000; ++i) {
@@ -132,41 +118,35 @@ TEST_F(FilesTest, CopyFileCopiesBytesAndPermissionsAndReplacesTheTarget)
     write_plain(path(u"source"_s), content);
     ::chmod(QFile::encodeName(path(u"source"_s)).constData(), 0750);
     write_plain(path(u"target"_s), "old target that is longer than nothing");
-
     const FileResult copied = copy_file(path(u"source"_s), path(u"target"_s));
     ASSERT_TRUE(copied.ok) << error_text(copied.error).toStdString();
     EXPECT_EQ(read_plain(path(u"target"_s)), content);
     EXPECT_EQ(permission_bits(path(u"target"_s)), 0750u);
     EXPECT_EQ(read_plain(path(u"source"_s)), content);
-    EXPECT_EQ(all_entries(m_dir.path()), (QStringList{u"source"_s, u"target"_s}));
-}
 
-TEST_F(FilesTest, CopyFileFailuresLeaveTheTargetAsItWas)
-{
     write_plain(path(u"target"_s), "old");
-
-    const FileResult missing = copy_file(path(u"missing"_s), path(u"target"_s));
-    EXPECT_FALSE(missing.ok);
-    EXPECT_EQ(missing.error, ENOENT);
-
     QDir(m_dir.path()).mkdir(u"folder"_s);
-    const FileResult from_folder = copy_file(path(u"folder"_s), path(u"target"_s));
-    EXPECT_FALSE(from_folder.ok);
-    EXPECT_EQ(from_folder.error, EISDIR);
-
-    const FileResult into_missing_folder = copy_file(path(u"target"_s), path(u"nowhere/target"_s));
-    EXPECT_FALSE(into_missing_folder.ok);
-    EXPECT_EQ(into_missing_folder.error, ENOENT);
-
+    const struct
+    {
+        QString from;
+        QString to;
+        int error;
+    } failures[] = {{u"missing"_s, u"target"_s, ENOENT},
+                    {u"folder"_s, u"target"_s, EISDIR},
+                    {u"target"_s, u"nowhere/target"_s, ENOENT}};
+    for (const auto& c : failures) {
+        const FileResult failed = copy_file(path(c.from), path(c.to));
+        EXPECT_FALSE(failed.ok) << c.from.toStdString();
+        EXPECT_EQ(failed.error, c.error) << c.from.toStdString();
+    }
     // A copy that breaks off part way (the file size limit stands in for a full disk).
-    write_plain(path(u"big"_s), QByteArray(100000, 'n'));
     const int status = run_with_file_size_limit(1000, [&] {
-        const FileResult result = copy_file(path(u"big"_s), path(u"target"_s));
+        const FileResult result = copy_file(path(u"source"_s), path(u"target"_s));
         return result.ok ? 0 : result.error == EFBIG ? 1 : 2;
     });
     EXPECT_EQ(status, 1);
     EXPECT_EQ(read_plain(path(u"target"_s)), "old");
-    EXPECT_EQ(all_entries(m_dir.path()), (QStringList{u"big"_s, u"folder"_s, u"target"_s}));
+    EXPECT_EQ(all_entries(m_dir.path()), (QStringList{u"folder"_s, u"source"_s, u"target"_s}));
 }
 
 TEST_F(FilesTest, AtomicWriteReplacesWholeOrNotAtAll)
@@ -221,12 +201,7 @@ TEST_F(FilesTest, OnlyRegularFilesAreReadAndOnlyUpToTheCap)
 
 TEST(TextFromBytes, ReadsUtf8AndFallsBackToLatin1)
 {
-    struct Case
-    {
-        QByteArray bytes;
-        QString text;
-    };
-    const Case cases[] = {
+    const std::pair<QByteArray, QString> cases[] = {
         {"", u""_s},
         {"plain", u"plain"_s},
         {"Gr\xc3\xbc\xc3\x9f\x65", u"Grüße"_s},
@@ -236,15 +211,9 @@ TEST(TextFromBytes, ReadsUtf8AndFallsBackToLatin1)
         {"ok \xc3\xa9 then \xe9", u"ok Ã© then é"_s}, // one bad byte makes the whole text Latin-1
         {"\xef\xbb\xbfmark", u"\ufeffmark"_s},        // a byte order mark stays part of the text
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(text_from_bytes(c.bytes), c.text) << c.bytes.toHex().toStdString();
+    for (const auto& [bytes, text] : cases) {
+        EXPECT_EQ(text_from_bytes(bytes), text) << bytes.toHex().toStdString();
     }
-}
-
-TEST(ErrorText, NamesTheErrno)
-{
-    EXPECT_TRUE(error_text(ENOENT).contains(u"No such file or directory"_s)) << error_text(ENOENT).toStdString();
-    EXPECT_TRUE(error_text(EACCES).contains(u"Permission denied"_s)) << error_text(EACCES).toStdString();
 }
 
 } // namespace

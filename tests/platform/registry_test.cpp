@@ -78,27 +78,16 @@ TEST_F(RegistryTest, TextValuesRoundTripWhateverTheirNameAndContent)
 
 TEST_F(RegistryTest, OrdinaryNamesAreFileNamesAndOthersAreEscaped)
 {
-    struct Case
-    {
-        QString name;
-        QByteArray file_name;
-    };
-    const Case cases[] = {
-        {u"To"_s, "To"},
-        {u"DB_Password"_s, "DB_Password"},
-        {u"x.y"_s, "x.y"},
-        {u"Grüße"_s, "Gr\xc3\xbc\xc3\x9f\x65"},
-        {u"a/b"_s, "a%2Fb"},
-        {u"50%"_s, "50%25"},
-        {u"%2F"_s, "%252F"},
-        {u".hidden"_s, "%2Ehidden"},
-        {u".."_s, "%2E."},
-        {u""_s, "%"},
-        {QString(QChar(0)) + u"x"_s, "%00x"},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(Registry::encode_name(c.name), c.file_name) << c.name.toStdString();
-        EXPECT_EQ(Registry::decode_name(c.file_name), std::optional<QString>(c.name)) << c.file_name.toStdString();
+    const QString names[] = {
+        u"To"_s, u"DB_Password"_s,          u"x.y"_s, u"Grüße"_s, u"a/b"_s, u"50%"_s, u"%2F"_s, u".hidden"_s, u".."_s,
+        u""_s,   QString(QChar(0)) + u"x"_s};
+    const QByteArray file_names[] = {"To",    "DB_Password", "x.y",   "Gr\xc3\xbc\xc3\x9f\x65",
+                                     "a%2Fb", "50%25",       "%252F", "%2Ehidden",
+                                     "%2E.",  "%",           "%00x"};
+    for (int i = 0; i < std::ssize(names); ++i) {
+        EXPECT_EQ(Registry::encode_name(names[i]), file_names[i]) << names[i].toStdString();
+        EXPECT_EQ(Registry::decode_name(file_names[i]), std::optional<QString>(names[i]))
+            << file_names[i].toStdString();
     }
     ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"Ready"_s, u"1"_s));
     ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"a/b"_s, u"2"_s));
@@ -113,19 +102,14 @@ TEST_F(RegistryTest, OrdinaryNamesAreFileNamesAndOthersAreEscaped)
 
 TEST_F(RegistryTest, HandWrittenFilesReadWithOneNewlineDropped)
 {
-    struct Case
-    {
-        QByteArray bytes;
-        QString text;
-    };
-    const Case cases[] = {
+    const std::pair<QByteArray, QString> cases[] = {
         {"bob\n", u"bob"_s}, {"bob", u"bob"_s},       {"bob\n\n", u"bob\n"_s},  {"\n", u""_s},
         {"", u""_s},         {"bob\r\n", u"bob\r"_s}, {"caf\xe9\n", u"café"_s}, // not UTF-8: read as Latin-1
     };
-    for (const Case& c : cases) {
-        write_by_hand(u"To"_s, c.bytes);
-        EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::optional<QString>(c.text))
-            << c.bytes.toStdString();
+    for (const auto& [bytes, text] : cases) {
+        write_by_hand(u"To"_s, bytes);
+        EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::optional<QString>(text))
+            << bytes.toStdString();
     }
 }
 
@@ -135,36 +119,20 @@ TEST_F(RegistryTest, NumbersAreDecimalTextWithOptionalBlanksAndSign)
     EXPECT_EQ(read_file_bytes(folder() + u"/Handle"_s), std::optional<QByteArray>("-15"));
     EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"Handle"_s), std::optional<qint64>(-15));
 
-    struct Case
-    {
-        QByteArray bytes;
-        std::optional<qint64> number;
-    };
-    const Case cases[] = {
-        {"42", 42},
-        {" 42 \n", 42},
-        {"\t+7", 7},
-        {"-0", 0},
-        {"007", 7},
-        {"9223372036854775807", std::numeric_limits<qint64>::max()},
-        {"-9223372036854775808", std::numeric_limits<qint64>::min()},
-        {"9223372036854775808", std::nullopt},
-        {"-9223372036854775809", std::nullopt},
-        {"", std::nullopt},
-        {"-", std::nullopt},
-        {"4x", std::nullopt},
-        {"1 2", std::nullopt},
-        {"0x10", std::nullopt},
-        {"1.5", std::nullopt},
-        {"+-1", std::nullopt},
-    };
-    for (const Case& c : cases) {
-        write_by_hand(u"Number"_s, c.bytes);
-        EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"Number"_s), c.number) << c.bytes.toStdString();
+    const QByteArray valid[] = {"42", " 42 \n", "\t+7", "-0", "007", "9223372036854775807", "-9223372036854775808"};
+    const qint64 values[] = {42, 42, 7, 0, 7, std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()};
+    for (int i = 0; i < std::ssize(valid); ++i) {
+        write_by_hand(u"Number"_s, valid[i]);
+        EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"Number"_s), values[i]) << valid[i].toStdString();
+    }
+    for (const char* bytes :
+         {"9223372036854775808", "-9223372036854775809", "", "-", "4x", "1 2", "0x10", "1.5", "+-1"}) {
+        write_by_hand(u"Number"_s, bytes);
+        EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"Number"_s), std::nullopt) << bytes;
     }
 }
 
-TEST_F(RegistryTest, MissingKeysAndValuesReadAsNothingAndWritesNeedTheKey)
+TEST_F(RegistryTest, MissingKeysAndValuesReadAsNothingWritesNeedTheKeyAndDeletesTakeBoth)
 {
     EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::nullopt);
     EXPECT_EQ(m_registry.read_number(Hive::LocalMachine, kKey, u"To"_s), std::nullopt);
@@ -183,6 +151,30 @@ TEST_F(RegistryTest, MissingKeysAndValuesReadAsNothingAndWritesNeedTheKey)
     EXPECT_FALSE(m_registry.delete_value(Hive::LocalMachine, kKey, u"Window"_s));
     EXPECT_TRUE(m_registry.key_exists(Hive::LocalMachine, kKey + u"\\Window"_s));
     EXPECT_EQ(all_entries(folder()), QStringList{u"Window"_s});
+
+    // Deleting values and keys; what is gone already counts as deleted.
+    const QString child = kKey + u"\\Window"_s;
+    ASSERT_TRUE(m_registry.create_key(Hive::LocalMachine, child + u"\\Deep\\Deeper"_s));
+    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, child, u"Left"_s, u"10"_s));
+    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, child + u"\\Deep\\Deeper"_s, u"x"_s, u"y"_s));
+    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"To"_s, u"bob"_s));
+    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"Ready"_s, u"1"_s));
+
+    EXPECT_TRUE(m_registry.delete_value(Hive::LocalMachine, kKey, u"To"_s));
+    EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::nullopt);
+    EXPECT_TRUE(m_registry.delete_value(Hive::LocalMachine, kKey, u"To"_s)) << "already gone counts as gone";
+    EXPECT_EQ(m_registry.value_names(Hive::LocalMachine, kKey), QStringList{u"Ready"_s});
+
+    EXPECT_TRUE(m_registry.delete_key(Hive::LocalMachine, child));
+    EXPECT_FALSE(m_registry.key_exists(Hive::LocalMachine, child));
+    EXPECT_FALSE(path_exists(m_registry.key_folder(Hive::LocalMachine, child)));
+    EXPECT_TRUE(m_registry.subkeys(Hive::LocalMachine, kKey).isEmpty());
+    EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"Ready"_s), std::optional<QString>(u"1"_s));
+    EXPECT_TRUE(m_registry.delete_key(Hive::LocalMachine, child)) << "a missing key is gone already";
+
+    EXPECT_FALSE(m_registry.delete_key(Hive::LocalMachine, QString())) << "a hive is not deleted";
+    EXPECT_FALSE(m_registry.delete_key(Hive::LocalMachine, u"\\"_s));
+    EXPECT_TRUE(m_registry.key_exists(Hive::LocalMachine, kKey));
 }
 
 TEST_F(RegistryTest, EnumerationIsInByteOrderAndSeparatesSubkeysFromValues)
@@ -218,32 +210,6 @@ TEST_F(RegistryTest, EnumerationIsInByteOrderAndSeparatesSubkeysFromValues)
     EXPECT_EQ(m_registry.value_names(Hive::LocalMachine, kKey), value_order);
     EXPECT_EQ(m_registry.values(Hive::LocalMachine, kKey), pairs);
     EXPECT_TRUE(m_registry.values(Hive::LocalMachine, u"SOFTWARE\\Nobody"_s).isEmpty());
-}
-
-TEST_F(RegistryTest, DeletingValuesAndKeys)
-{
-    const QString child = kKey + u"\\Window"_s;
-    ASSERT_TRUE(m_registry.create_key(Hive::LocalMachine, child + u"\\Deep\\Deeper"_s));
-    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, child, u"Left"_s, u"10"_s));
-    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, child + u"\\Deep\\Deeper"_s, u"x"_s, u"y"_s));
-    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"To"_s, u"bob"_s));
-    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"Ready"_s, u"1"_s));
-
-    EXPECT_TRUE(m_registry.delete_value(Hive::LocalMachine, kKey, u"To"_s));
-    EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"To"_s), std::nullopt);
-    EXPECT_TRUE(m_registry.delete_value(Hive::LocalMachine, kKey, u"To"_s)) << "already gone counts as gone";
-    EXPECT_EQ(m_registry.value_names(Hive::LocalMachine, kKey), QStringList{u"Ready"_s});
-
-    EXPECT_TRUE(m_registry.delete_key(Hive::LocalMachine, child));
-    EXPECT_FALSE(m_registry.key_exists(Hive::LocalMachine, child));
-    EXPECT_FALSE(path_exists(m_registry.key_folder(Hive::LocalMachine, child)));
-    EXPECT_TRUE(m_registry.subkeys(Hive::LocalMachine, kKey).isEmpty());
-    EXPECT_EQ(m_registry.read_text(Hive::LocalMachine, kKey, u"Ready"_s), std::optional<QString>(u"1"_s));
-    EXPECT_TRUE(m_registry.delete_key(Hive::LocalMachine, child)) << "a missing key is gone already";
-
-    EXPECT_FALSE(m_registry.delete_key(Hive::LocalMachine, QString())) << "a hive is not deleted";
-    EXPECT_FALSE(m_registry.delete_key(Hive::LocalMachine, u"\\"_s));
-    EXPECT_TRUE(m_registry.key_exists(Hive::LocalMachine, kKey));
 }
 
 TEST_F(RegistryTest, AFailedWriteLeavesTheOldValue)
@@ -282,25 +248,14 @@ TEST(RegistryRoot, VariableThenMachineFolderThenStateFolder)
 
 TEST(ParseHive, AcceptsShortAndLongNamesInAnyCase)
 {
-    struct Case
-    {
-        QString text;
-        std::optional<Hive> hive;
-    };
-    const Case cases[] = {
-        {u"HKLM"_s, Hive::LocalMachine},
-        {u"hklm"_s, Hive::LocalMachine},
-        {u"HKEY_LOCAL_MACHINE"_s, Hive::LocalMachine},
-        {u"hkey_local_machine"_s, Hive::LocalMachine},
-        {u"HKCU"_s, Hive::CurrentUser},
-        {u"HKEY_CURRENT_USER"_s, Hive::CurrentUser},
-        {u"Hkey_Current_User"_s, Hive::CurrentUser},
-        {u"HKCR"_s, std::nullopt},
-        {u""_s, std::nullopt},
-        {u"HKLM\\SOFTWARE"_s, std::nullopt},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(parse_hive(c.text), c.hive) << c.text.toStdString();
+    for (const QString& text : {u"HKLM"_s, u"hklm"_s, u"HKEY_LOCAL_MACHINE"_s, u"hkey_local_machine"_s}) {
+        EXPECT_EQ(parse_hive(text), Hive::LocalMachine) << text.toStdString();
+    }
+    for (const QString& text : {u"HKCU"_s, u"HKEY_CURRENT_USER"_s, u"Hkey_Current_User"_s}) {
+        EXPECT_EQ(parse_hive(text), Hive::CurrentUser) << text.toStdString();
+    }
+    for (const QString& text : {u"HKCR"_s, u""_s, u"HKLM\\SOFTWARE"_s}) {
+        EXPECT_EQ(parse_hive(text), std::nullopt) << text.toStdString();
     }
 }
 

@@ -29,7 +29,7 @@ int error_code_of(const std::function<void()>& action)
     return -1;
 }
 
-TEST(DatabaseOpen, ModesDecideWhetherAFileIsMadeOrWritten)
+TEST(DatabaseOpen, ModesDecideWhetherAFileIsMadeOrWrittenAndReadingLeavesOurFileAsItWas)
 {
     TempFolder folder;
     const QString missing = folder.path(u"missing.db"_s);
@@ -49,11 +49,9 @@ TEST(DatabaseOpen, ModesDecideWhetherAFileIsMadeOrWritten)
     Database reader = Database::open(made, Database::OpenMode::ReadOnly);
     EXPECT_EQ(query_value(reader, u"SELECT count(*) FROM t"_s), u"0"_s);
     EXPECT_EQ(error_code_of([&] { reader.exec(u"INSERT INTO t VALUES (1)"_s); }), 8); // SQLITE_READONLY
-}
 
-TEST(DatabaseOpen, OpeningAndReadingLeaveOurFileAsItWas)
-{
-    TempFolder folder;
+    // Opening and reading leave our file as it was; the write-ahead files beside it may stay (a read-only
+    // connection cannot remove them).
     const QString path = folder.path(u"cvd.mdb"_s);
     create_global_database(path);
     const QByteArray before = read_bytes(path);
@@ -63,11 +61,10 @@ TEST(DatabaseOpen, OpeningAndReadingLeaveOurFileAsItWas)
         EXPECT_EQ(stored_version(db), 501);
         EXPECT_EQ(db.column_names(u"cv_counters"_s), (QStringList{u"cv_id"_s, u"cv_unique"_s}));
     }
-    // The write-ahead files beside it may stay (a read-only connection cannot remove them); the file does not change.
     EXPECT_EQ(read_bytes(path), before);
 }
 
-TEST(DatabaseOpen, AFileThatIsNotSqliteIsRefusedAndLeftByteForByte)
+TEST(DatabaseOpen, AFileThatIsNotSqliteIsRefusedAnEmptyOneIsForeignAndBothAreLeftByteForByte)
 {
     QByteArray random(8192, '\0');
     std::mt19937 generator(2024);
@@ -95,10 +92,7 @@ TEST(DatabaseOpen, AFileThatIsNotSqliteIsRefusedAndLeftByteForByte)
             EXPECT_EQ(folder.entries(), QStringList{u"cvd.mdb"_s});
         }
     }
-}
-
-TEST(DatabaseOpen, AnEmptyFileIsForeignAndStaysEmpty)
-{
+    // An empty file opens as a database that is not ours, and stays empty.
     TempFolder folder;
     const QString path = folder.path(u"cvd.mdb"_s);
     write_bytes(path, {});
