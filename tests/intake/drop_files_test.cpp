@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
+#include <optional>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -350,8 +351,9 @@ bool take_lock(int fd, Hold hold)
     return false;
 }
 
-// Holds a lock on a file, in a child process or through a second open file description of this one, until
-// release(). The child reports through one pipe and waits on another, so nothing sleeps.
+// Holds a lock on a file, in a child process or through a second open file description of this one, for its
+// life. The child reports through one pipe and waits on another, so nothing sleeps. Closing m_fd lets go either
+// way: it is the second description, or the end of the pipe the child waits on.
 class LockHolder
 {
 public:
@@ -380,37 +382,25 @@ public:
         }
         ::close(ready[1]);
         ::close(release[0]);
-        m_release = release[1];
+        m_fd = release[1];
         char answer = '0';
         m_locked = m_child > 0 && ::read(ready[0], &answer, 1) == 1 && answer == '1';
         ::close(ready[0]);
     }
-    ~LockHolder() { release(); }
+    ~LockHolder()
+    {
+        ::close(m_fd);
+        if (m_child > 0) {
+            ::waitpid(m_child, nullptr, 0);
+        }
+    }
     LockHolder(const LockHolder&) = delete;
     LockHolder& operator=(const LockHolder&) = delete;
 
     bool locked() const { return m_locked; }
 
-    void release()
-    {
-        if (m_fd >= 0) {
-            ::close(m_fd);
-            m_fd = -1;
-        }
-        if (m_release >= 0) {
-            ::close(m_release);
-            m_release = -1;
-        }
-        if (m_child > 0) {
-            int status = 0;
-            ::waitpid(m_child, &status, 0);
-            m_child = -1;
-        }
-    }
-
 private:
     int m_fd = -1;
-    int m_release = -1;
     pid_t m_child = -1;
     bool m_locked = false;
 };
@@ -432,14 +422,14 @@ TEST_F(DropFilesTest, AFileHeldByItsWriterWaitsForALaterCall)
         SCOPED_TRACE(c.how);
         const QByteArray content = "bob\nops\nheld " + QByteArray::number(index) + '\n';
         const QString path = write_drop(state->program_folder, u"held%1.asc"_s.arg(index++), content);
-        LockHolder holder(path, c.hold);
-        ASSERT_TRUE(holder.locked());
+        std::optional<LockHolder> holder(std::in_place, path, c.hold);
+        ASSERT_TRUE(holder->locked());
         check_for_files(*state);
         EXPECT_EQ(read_bytes(path), content); // neither read nor renamed
         EXPECT_FALSE(QFile::exists(path + u".bad"_s));
         EXPECT_EQ(rows().size(), index - 1);
 
-        holder.release();
+        holder.reset();
         check_for_files(*state);
         EXPECT_FALSE(QFile::exists(path));
         ASSERT_EQ(rows().size(), index);
