@@ -1,12 +1,8 @@
-#include "core/app_state.h"
-#include "core/databases.h"
 #include "intake/local_channel.h"
 #include "platform/datagram.h"
 #include "store/database.h"
-#include "store/schema.h"
-#include "support/test_environment.h"
+#include "support/database_test.h"
 
-#include <QDir>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -14,11 +10,14 @@ using namespace Qt::StringLiterals;
 namespace cvd::intake {
 namespace {
 
-class LocalChannelTest : public ::testing::Test
+// A bound channel over a program state whose global database knows Bob.
+class LocalChannelTest : public testing::DatabaseTest
 {
 protected:
     void SetUp() override
     {
+        DatabaseTest::SetUp();
+        db().exec(u"INSERT INTO cv_recipients (cv_name, cv_carrier, cv_group) VALUES ('Bob', 'tapnet', 0)"_s);
         socket_path = env.runtime_dir() + u"/CorvaneDesk.sock"_s;
         ASSERT_TRUE(channel.bind(socket_path)) << channel.error().toStdString();
     }
@@ -29,7 +28,21 @@ protected:
         ASSERT_TRUE(platform::send_datagram(socket_path, kind, text, &error)) << error.toStdString();
     }
 
-    testing::TestEnvironment env;
+    QList<QStringList> rows()
+    {
+        QList<QStringList> result;
+        store::Statement select = db().prepare(
+            u"SELECT cv_recipient, cv_from, cv_message, cv_carrier FROM cv_messages ORDER BY cv_message_id"_s);
+        while (select.step()) {
+            QStringList row;
+            for (int column = 0; column < 4; ++column) {
+                row.append(select.text(column).value_or(u"<null>"_s));
+            }
+            result.append(row);
+        }
+        return result;
+    }
+
     QString socket_path;
     LocalChannel channel;
 };
@@ -104,49 +117,7 @@ TEST_F(LocalChannelTest, OneDrainTakesEverythingWaitingInOrder)
     EXPECT_EQ(channel.reg_messages(), (QStringList{u"bob ops one"_s, u"bob ops two"_s}));
 }
 
-TEST(LocalChannel, AnUnboundChannelDrainsNothing)
-{
-    LocalChannel channel;
-    EXPECT_FALSE(channel.is_bound());
-    EXPECT_TRUE(channel.drain().empty());
-}
-
-class CheckWmListTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        state = env.make_state();
-        state->global_db_folder = env.path(u"g/"_s);
-        state->user_db_folder = env.path(u"u/"_s);
-        QDir().mkpath(state->global_db_folder);
-        QDir().mkpath(state->user_db_folder);
-        store::create_global_database(global_db_path(*state));
-        state->global_db = store::Database::open(global_db_path(*state));
-        state->global_db.exec(
-            u"INSERT INTO cv_recipients (cv_name, cv_carrier, cv_group) VALUES ('Bob', 'tapnet', 0)"_s);
-    }
-
-    QList<QStringList> rows()
-    {
-        QList<QStringList> result;
-        store::Statement select = state->global_db.prepare(
-            u"SELECT cv_recipient, cv_from, cv_message, cv_carrier FROM cv_messages ORDER BY cv_message_id"_s);
-        while (select.step()) {
-            QStringList row;
-            for (int column = 0; column < 4; ++column) {
-                row.append(select.text(column).value_or(u"<null>"_s));
-            }
-            result.append(row);
-        }
-        return result;
-    }
-
-    testing::TestEnvironment env;
-    std::unique_ptr<AppState> state;
-};
-
-TEST_F(CheckWmListTest, GoodLinesBecomeRowsInOrderAndBadOnesAreDropped)
+TEST_F(LocalChannelTest, CheckingTheListMakesRowsOfGoodLinesInOrderAndDropsBadOnes)
 {
     QStringList reg_messages = {
         u"bob ops Disk full"_s,
@@ -169,22 +140,17 @@ TEST_F(CheckWmListTest, GoodLinesBecomeRowsInOrderAndBadOnesAreDropped)
     };
     EXPECT_EQ(rows(), expected);
 
-    store::Statement transactions =
-        state->global_db.prepare(u"SELECT count(DISTINCT cv_transaction) FROM cv_messages"_s);
-    ASSERT_TRUE(transactions.step());
-    EXPECT_EQ(transactions.integer(0), 3); // each line its own transaction
+    EXPECT_EQ(scalar(u"SELECT count(DISTINCT cv_transaction) FROM cv_messages"_s), 3); // each line its own
     EXPECT_TRUE(env.prompter.boxes.isEmpty());
 }
 
-TEST_F(CheckWmListTest, LinesNotedThroughTheChannelAreTakenOnTheNextCall)
+TEST_F(LocalChannelTest, LinesNotedThroughTheChannelAreTakenOnTheNextCheck)
 {
-    LocalChannel channel;
-    const QString path = env.runtime_dir() + u"/CorvaneDesk.sock"_s;
-    ASSERT_TRUE(channel.bind(path));
     for (const QString& line : {u"sendpage bob ops one"_s, u"Sendpage bob ops"_s, u"sendpage bob ops two"_s}) {
-        ASSERT_TRUE(platform::send_datagram(path, kStatusKind, line));
+        send(kStatusKind, line);
     }
-    EXPECT_TRUE(rows().isEmpty()); // the channel only notes
+    EXPECT_TRUE(rows().isEmpty());               // the channel only notes
+    EXPECT_TRUE(LocalChannel().drain().empty()); // an unbound one drains nothing
     channel.drain();
     EXPECT_TRUE(rows().isEmpty());
     check_wm_list(*state, channel.reg_messages());

@@ -4,7 +4,7 @@
 #include "platform/runtime.h"
 #include "store/database.h"
 #include "store/schema.h"
-#include "support/test_environment.h"
+#include "support/database_test.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -28,22 +28,15 @@ struct Row
     QString carrier;
 };
 
-class RegistryTransferTest : public ::testing::Test
+class RegistryTransferTest : public testing::DatabaseTest
 {
 protected:
     void SetUp() override
     {
-        state = env.make_state();
-        state->program_folder = env.program_folder();
-        state->global_db_folder = env.path(u"g/"_s);
-        state->user_db_folder = env.path(u"u/"_s);
-        QDir().mkpath(state->global_db_folder);
-        QDir().mkpath(state->user_db_folder);
-        store::create_global_database(global_db_path(*state));
-        state->global_db = store::Database::open(global_db_path(*state));
-        state->global_db.exec(u"INSERT INTO cv_recipients (cv_name, cv_carrier, cv_group) VALUES "
-                              "('Bob', 'tapnet', 0), ('alice', 'mailnet', 0), ('Ops Team', '', -1), "
-                              "('night', '', -1)"_s);
+        DatabaseTest::SetUp();
+        db().exec(u"INSERT INTO cv_recipients (cv_name, cv_carrier, cv_group) VALUES "
+                  "('Bob', 'tapnet', 0), ('alice', 'mailnet', 0), ('Ops Team', '', -1), "
+                  "('night', '', -1)"_s);
     }
 
     platform::Registry& registry() { return state->registry; }
@@ -67,7 +60,7 @@ protected:
     QList<Row> rows()
     {
         QList<Row> result;
-        store::Statement select = state->global_db.prepare(
+        store::Statement select = db().prepare(
             u"SELECT cv_recipient, cv_from, cv_message, cv_carrier FROM cv_messages ORDER BY cv_message_id"_s);
         while (select.step()) {
             result.append({select.text(0).value_or(u"<null>"_s), select.text(1).value_or(u"<null>"_s),
@@ -84,16 +77,19 @@ protected:
         }
         return result;
     }
-
-    testing::TestEnvironment env;
-    std::unique_ptr<AppState> state;
 };
 
-TEST_F(RegistryTransferTest, SettingsPublishWhereAndHowToReachTheProgramAndClearAnOldStopRequest)
+TEST_F(RegistryTransferTest, OnlyAStopOfOneIsARequestAndSettingsPublishHowToReachTheProgramAndClearAnOldOne)
 {
-    // A stop request left behind by a program that has since gone.
+    EXPECT_FALSE(IntegrationStopRequest(*state)); // no key at all
     ASSERT_TRUE(registry().create_key(kHive, transfer_key()));
-    registry().write_number(kHive, transfer_key(), u"Stop"_s, 1);
+    EXPECT_FALSE(IntegrationStopRequest(*state)); // no value
+    // Only a Stop of one is a request.
+    for (const QString& stored : {u"0"_s, u"2"_s, u"-1"_s, u"yes"_s, u"1"_s}) {
+        registry().write_text(kHive, transfer_key(), u"Stop"_s, stored);
+        EXPECT_EQ(IntegrationStopRequest(*state), stored == u"1"_s) << stored.toStdString();
+    }
+    // The last, a request left behind by a program that has since gone, is cleared.
 
     IntegrationState integration;
     integration.socket_path = env.runtime_dir() + u"/CorvaneDesk.sock"_s;
@@ -141,22 +137,6 @@ TEST_F(RegistryTransferTest, TheRunningMarkerIsHeldExactlyWhileRunningSaysOne)
     EXPECT_FALSE(platform::running_marker_is_held(runtime));
 }
 
-TEST_F(RegistryTransferTest, OnlyAStopOfOneIsARequest)
-{
-    EXPECT_FALSE(IntegrationStopRequest(*state)); // no key at all
-    ASSERT_TRUE(registry().create_key(kHive, transfer_key()));
-    EXPECT_FALSE(IntegrationStopRequest(*state)); // no value
-    const struct
-    {
-        QString stored;
-        bool request;
-    } cases[] = {{u"1"_s, true}, {u"0"_s, false}, {u"2"_s, false}, {u"-1"_s, false}, {u"yes"_s, false}};
-    for (const auto& c : cases) {
-        registry().write_text(kHive, transfer_key(), u"Stop"_s, c.stored);
-        EXPECT_EQ(IntegrationStopRequest(*state), c.request) << c.stored.toStdString();
-    }
-}
-
 TEST_F(RegistryTransferTest, PublishingRebuildsThePlainAndTheGroupList)
 {
     ASSERT_TRUE(registry().create_key(kHive, recipients_key()));
@@ -197,7 +177,7 @@ TEST_F(RegistryTransferTest, AReadyMessageBecomesOneRowWithTrimmedFieldsAndItsSu
     EXPECT_TRUE(pending().isEmpty());
 
     store::Statement row =
-        state->global_db.prepare(u"SELECT cv_transaction, cv_last_try, cv_sent, cv_scheduled FROM cv_messages"_s);
+        db().prepare(u"SELECT cv_transaction, cv_last_try, cv_sent, cv_scheduled FROM cv_messages"_s);
     ASSERT_TRUE(row.step());
     EXPECT_GT(row.integer(0).value_or(0), 0);
     EXPECT_EQ(row.date(1), env.clock.now().addSecs(-15)); // due for the engine at once
@@ -205,13 +185,14 @@ TEST_F(RegistryTransferTest, AReadyMessageBecomesOneRowWithTrimmedFieldsAndItsSu
     EXPECT_EQ(row.integer(3), 0);
 }
 
-TEST_F(RegistryTransferTest, IncompleteMessagesStayAndOnlyReadyOnesAreMarked)
+TEST_F(RegistryTransferTest, IncompleteMessagesStayMarkedAndAnUnknownRecipientsMessageVanishes)
 {
     ASSERT_TRUE(registry().create_key(kHive, messages_key()));
     write_message(u"a-no-ready"_s, u"bob"_s, u"ops"_s, u"text"_s, std::nullopt);
     write_message(u"b-ready-0"_s, u"bob"_s, u"ops"_s, u"text"_s, 0);
     write_message(u"c-no-text"_s, u"bob"_s, u"ops"_s, u"   "_s);
     write_message(u"d-no-recipient"_s, u"  "_s, u"ops"_s, u"text"_s);
+    write_message(u"e-unknown"_s, u"Nobody"_s, u"ops"_s, u"hello"_s); // vanishes without a row
     for (int tick = 0; tick < 2; ++tick) {
         check_registry(*state);
     }
@@ -227,22 +208,13 @@ TEST_F(RegistryTransferTest, IncompleteMessagesStayAndOnlyReadyOnesAreMarked)
             << e.name.toStdString();
     }
     EXPECT_TRUE(rows().isEmpty());
+    EXPECT_TRUE(env.prompter.boxes.isEmpty());
 
     // Once the writer finishes, the message is taken.
     registry().write_number(kHive, messages_key() + u"\\a-no-ready"_s, u"Ready"_s, 1);
     check_registry(*state);
     EXPECT_EQ(row_messages(), QStringList{u"text"_s});
     EXPECT_FALSE(pending().contains(u"a-no-ready"_s));
-}
-
-TEST_F(RegistryTransferTest, AnUnknownRecipientsMessageVanishesWithoutARow)
-{
-    ASSERT_TRUE(registry().create_key(kHive, messages_key()));
-    write_message(u"m1"_s, u"Nobody"_s, u"ops"_s, u"hello"_s);
-    check_registry(*state);
-    EXPECT_TRUE(pending().isEmpty());
-    EXPECT_TRUE(rows().isEmpty());
-    EXPECT_TRUE(env.prompter.boxes.isEmpty());
 }
 
 TEST_F(RegistryTransferTest, AtMostEverySecondReadyMessageIsTakenPerTick)

@@ -1,12 +1,9 @@
 #include "core/app_state.h"
-#include "core/databases.h"
 #include "queue/counters.h"
 #include "store/database.h"
-#include "store/schema.h"
+#include "support/database_test.h"
 #include "support/recording_view.h"
-#include "support/test_environment.h"
 
-#include <QDir>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -14,35 +11,29 @@ using namespace Qt::StringLiterals;
 namespace cvd::queue {
 namespace {
 
-class CountersTest : public ::testing::Test
+class CountersTest : public testing::DatabaseTest
 {
 protected:
+    CountersTest() : DatabaseTest(Start::LoadSettings) {}
     void SetUp() override
     {
-        state = env.make_state();
-        state->global_db_folder = env.path(u"g/"_s);
-        state->user_db_folder = env.path(u"u/"_s);
-        QDir().mkpath(state->global_db_folder);
-        QDir().mkpath(state->user_db_folder);
-        load_settings(*state);
+        DatabaseTest::SetUp();
         state->first_transaction = 100;
     }
 
     // scheduled, sent, error as -1/0; a transaction; a recipient.
     void add_row(int scheduled, int sent, int error, qint64 transaction, const QString& recipient = u"bob"_s)
     {
-        store::Statement insert = state->global_db.prepare(
-            u"INSERT INTO cv_messages (cv_recipient, cv_scheduled, cv_sent, cv_error, cv_transaction, "
-            "cv_repeat_interval, cv_date_time_requested) VALUES (?1, ?2, ?3, ?4, ?5, 0, ?6)"_s);
+        store::Statement insert =
+            db().prepare(u"INSERT INTO cv_messages (cv_recipient, cv_scheduled, cv_sent, cv_error, cv_transaction, "
+                         "cv_repeat_interval, cv_date_time_requested) VALUES (?1, ?2, ?3, ?4, ?5, 0, ?6)"_s);
         insert.bind(1, recipient).bind(2, scheduled).bind(3, sent).bind(4, error).bind(5, transaction);
         insert.bind(6, env.clock.now().addSecs(-60));
         insert.exec();
     }
 
-    testing::TestEnvironment env;
     testing::RecordingView view;
     CounterState counters;
-    std::unique_ptr<AppState> state;
 };
 
 TEST_F(CountersTest, CountsThisRunsRowsAndEveryWaitingRowButNeverThePseudoRecipient)
@@ -65,7 +56,7 @@ TEST_F(CountersTest, CountsThisRunsRowsAndEveryWaitingRowButNeverThePseudoRecipi
     // Over every run, as `cvdctl status` counts: the earlier run's pending row too, never the closed group row.
     const qint64 every_run[] = {2, 2, 1, 1};
     for (const MessageCount count : kMessageCounts) {
-        EXPECT_EQ(count_messages(state->global_db, count, 0), every_run[static_cast<int>(count)]);
+        EXPECT_EQ(count_messages(db(), count, 0), every_run[static_cast<int>(count)]);
     }
 }
 
@@ -87,14 +78,14 @@ TEST_F(CountersTest, AChangedFailedCountWarnsOnlyWhenAskedForAndNotRightAfterThe
     update_counters(*state, view, counters);
     EXPECT_EQ(view.warnings, 1); // nothing changed
 
-    state->global_db.exec(u"DELETE FROM cv_messages WHERE cv_transaction = 102"_s);
+    db().exec(u"DELETE FROM cv_messages WHERE cv_transaction = 102"_s);
     counters.counters_changed = true;
     update_counters(*state, view, counters);
     EXPECT_EQ(view.warnings, 1);
     EXPECT_FALSE(counters.counters_changed);
 
     // A drop of the count from elsewhere warns as well.
-    state->global_db.exec(u"DELETE FROM cv_messages WHERE cv_transaction = 101 AND cv_message_id = 1"_s);
+    db().exec(u"DELETE FROM cv_messages WHERE cv_transaction = 101 AND cv_message_id = 1"_s);
     update_counters(*state, view, counters);
     EXPECT_EQ(view.warnings, 2);
 }
@@ -104,10 +95,9 @@ TEST_F(CountersTest, CancelAllDeletesOnlyDueUnsentSingleRowsAfterAYes)
     add_row(0, 0, 0, 101);   // due waiting: deleted
     add_row(-1, 0, 0, 101);  // due pending: deleted
     add_row(-1, -1, 0, 101); // sent: kept
-    state->global_db.exec(
-        u"INSERT INTO cv_messages (cv_recipient, cv_scheduled, cv_sent, cv_error, cv_repeat_interval, "
-        "cv_date_time_requested) VALUES ('later', 0, 0, 0, 0, '2099-01-01 00:00:00'), "
-        "('repeat', 0, 0, 0, 60, '2000-01-01 00:00:00')"_s);
+    db().exec(u"INSERT INTO cv_messages (cv_recipient, cv_scheduled, cv_sent, cv_error, cv_repeat_interval, "
+              "cv_date_time_requested) VALUES ('later', 0, 0, 0, 0, '2099-01-01 00:00:00'), "
+              "('repeat', 0, 0, 0, 60, '2000-01-01 00:00:00')"_s);
 
     env.prompter.answer_next(BoxAnswer::No);
     EXPECT_FALSE(cancel_all_messages(*state, view));
@@ -116,9 +106,7 @@ TEST_F(CountersTest, CancelAllDeletesOnlyDueUnsentSingleRowsAfterAYes)
     EXPECT_EQ(env.prompter.boxes.back().title, u"Cancel Pending Messages"_s);
     EXPECT_EQ(view.panels.value(kPendPanel), u"Pend: 0"_s);
 
-    store::Statement left = state->global_db.prepare(u"SELECT count(*) FROM cv_messages"_s);
-    ASSERT_TRUE(left.step());
-    EXPECT_EQ(left.integer(0), 3);
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_messages"_s), 3);
 }
 
 } // namespace

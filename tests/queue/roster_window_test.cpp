@@ -7,13 +7,7 @@
 namespace cvd::queue {
 namespace {
 
-constexpr int sunday = 1;
-constexpr int monday = 2;
-constexpr int tuesday = 3;
-constexpr int wednesday = 4;
-constexpr int thursday = 5;
-constexpr int friday = 6;
-constexpr int saturday = 7;
+enum Day { sunday = 1, monday, tuesday, wednesday, thursday, friday, saturday };
 
 // A week in March, clear of any change of daylight saving time, that begins on a Sunday.
 const QDate first_sunday(2024, 3, 3);
@@ -31,178 +25,139 @@ struct Span
     QTime stop;
 };
 
-struct Probe
+struct At
 {
     int day;
     QTime time;
-    bool on_call;
 };
 
-// Checks every probe through each way in: roster day and time, a local moment, the same moment given in UTC,
+// Checks every moment through each way in: roster day and time, a local moment, the same moment given in UTC,
 // and times as the store returns them, as date values whose date part is of no account.
-void check(const Span& span, const std::vector<Probe>& probes)
+void check(const Span& span, const std::vector<At>& on_call, const std::vector<At>& off_call)
 {
     const QDate stored_date(1899, 12, 30);
     const QDateTime stored_start(stored_date, span.start);
     const QDateTime stored_stop(stored_date.addDays(40), span.stop);
-    for (const Probe& probe : probes) {
-        const QDateTime now(date_of(probe.day), probe.time);
-        SCOPED_TRACE(QStringLiteral("span %1 %2 - %3 %4, at %5")
-                         .arg(span.start_day)
-                         .arg(span.start.toString(Qt::ISODateWithMs))
-                         .arg(span.stop_day)
-                         .arg(span.stop.toString(Qt::ISODateWithMs))
-                         .arg(now.toString(QStringLiteral("ddd HH:mm:ss.zzz")))
-                         .toStdString());
-        EXPECT_EQ(is_on_call(span.start_day, span.start, span.stop_day, span.stop, probe.day, probe.time),
-                  probe.on_call);
-        EXPECT_EQ(is_on_call(span.start_day, span.start, span.stop_day, span.stop, now), probe.on_call);
-        EXPECT_EQ(is_on_call(span.start_day, span.start, span.stop_day, span.stop, now.toUTC()), probe.on_call);
-        EXPECT_EQ(is_on_call(span.start_day, stored_start, span.stop_day, stored_stop, now), probe.on_call);
+    for (const bool expected : {true, false}) {
+        for (const At& at : expected ? on_call : off_call) {
+            const QDateTime now(date_of(at.day), at.time);
+            SCOPED_TRACE(QStringLiteral("span %1 %2 - %3 %4, at %5")
+                             .arg(span.start_day)
+                             .arg(span.start.toString(Qt::ISODateWithMs))
+                             .arg(span.stop_day)
+                             .arg(span.stop.toString(Qt::ISODateWithMs))
+                             .arg(now.toString(QStringLiteral("ddd HH:mm:ss.zzz")))
+                             .toStdString());
+            EXPECT_EQ(is_on_call(span.start_day, span.start, span.stop_day, span.stop, at.day, at.time), expected);
+            EXPECT_EQ(is_on_call(span.start_day, span.start, span.stop_day, span.stop, now), expected);
+            EXPECT_EQ(is_on_call(span.start_day, span.start, span.stop_day, span.stop, now.toUTC()), expected);
+            EXPECT_EQ(is_on_call(span.start_day, stored_start, span.stop_day, stored_stop, now), expected);
+        }
     }
-}
-
-TEST(RosterWindow, RosterDaysRunFromSundayToSaturday)
-{
-    ASSERT_EQ(first_sunday.dayOfWeek(), Qt::Sunday);
-    for (int day = sunday; day <= saturday; ++day)
-        EXPECT_EQ(roster_day(date_of(day)), day) << date_of(day).toString(Qt::ISODate).toStdString();
-    EXPECT_EQ(roster_day(date_of(saturday).addDays(1)), sunday);
 }
 
 TEST(RosterWindow, SpanWithinOneDayHoldsStrictlyBetweenItsTimes)
 {
-    check({monday, QTime(8, 0), monday, QTime(17, 0)}, {
-                                                           {monday, QTime(7, 59), false},
-                                                           {monday, QTime(8, 0), false},
-                                                           {monday, QTime(8, 1), true},
-                                                           {monday, QTime(12, 0), true},
-                                                           {monday, QTime(16, 59), true},
-                                                           {monday, QTime(17, 0), false},
-                                                           {monday, QTime(17, 1), false},
-                                                           {sunday, QTime(12, 0), false},
-                                                           {tuesday, QTime(12, 0), false},
-                                                           {saturday, QTime(12, 0), false},
-                                                       });
+    check({monday, {8, 0}, monday, {17, 0}}, {{monday, {8, 1}}, {monday, {12, 0}}, {monday, {16, 59}}},
+          {{monday, {7, 59}},
+           {monday, {8, 0}},
+           {monday, {17, 0}},
+           {monday, {17, 1}},
+           {sunday, {12, 0}},
+           {tuesday, {12, 0}},
+           {saturday, {12, 0}}});
 }
 
 TEST(RosterWindow, SpanWithinOneDayWithStopNotAfterStartHoldsAroundMidnightOnEveryDay)
 {
     // Monday 17:00 to Monday 08:00: the day is not looked at, and both ends belong to the span.
-    std::vector<Probe> probes = {
-        {thursday, QTime(20, 0), true},    {monday, QTime(16, 59), false},   {monday, QTime(17, 0), true},
-        {monday, QTime(17, 1), true},      {monday, QTime(7, 59), true},     {monday, QTime(8, 0), true},
-        {monday, QTime(8, 1), false},      {thursday, QTime(16, 59), false}, {thursday, QTime(17, 0), true},
-        {thursday, QTime(8, 0), true},     {thursday, QTime(8, 1), false},   {saturday, QTime(0, 0), true},
-        {sunday, QTime(23, 59, 59), true},
-    };
-    for (int day = sunday; day <= saturday; ++day)
-        probes.push_back({day, QTime(12, 0), false});
-    check({monday, QTime(17, 0), monday, QTime(8, 0)}, probes);
+    std::vector<At> off = {{monday, {16, 59}}, {monday, {8, 1}}, {thursday, {16, 59}}, {thursday, {8, 1}}};
+    for (int day = sunday; day <= saturday; ++day) {
+        off.push_back({day, {12, 0}});
+    }
+    check({monday, {17, 0}, monday, {8, 0}},
+          {{thursday, {20, 0}},
+           {monday, {17, 0}},
+           {monday, {17, 1}},
+           {monday, {7, 59}},
+           {monday, {8, 0}},
+           {thursday, {17, 0}},
+           {thursday, {8, 0}},
+           {saturday, {0, 0}},
+           {sunday, {23, 59, 59}}},
+          off);
 
     // Equal start and stop leave no gap: always on call.
-    check({wednesday, QTime(9, 0), wednesday, QTime(9, 0)}, {
-                                                                {wednesday, QTime(9, 0), true},
-                                                                {wednesday, QTime(8, 59), true},
-                                                                {friday, QTime(9, 1), true},
-                                                                {sunday, QTime(0, 0), true},
-                                                            });
+    check({wednesday, {9, 0}, wednesday, {9, 0}},
+          {{wednesday, {9, 0}}, {wednesday, {8, 59}}, {friday, {9, 1}}, {sunday, {0, 0}}}, {});
 }
 
 TEST(RosterWindow, SpanOverSeveralDaysRunsFromStartToStopWithBothEndsOutside)
 {
-    check({monday, QTime(8, 0), friday, QTime(17, 0)}, {
-                                                           {sunday, QTime(12, 0), false},
-                                                           {monday, QTime(7, 59), false},
-                                                           {monday, QTime(8, 0), false},
-                                                           {monday, QTime(8, 1), true},
-                                                           {tuesday, QTime(0, 0), true},
-                                                           {wednesday, QTime(3, 0), true},
-                                                           {thursday, QTime(23, 59), true},
-                                                           {friday, QTime(16, 59), true},
-                                                           {friday, QTime(17, 0), false},
-                                                           {friday, QTime(17, 1), false},
-                                                           {saturday, QTime(12, 0), false},
-                                                       });
+    check({monday, {8, 0}, friday, {17, 0}},
+          {{monday, {8, 1}}, {tuesday, {0, 0}}, {wednesday, {3, 0}}, {thursday, {23, 59}}, {friday, {16, 59}}},
+          {{sunday, {12, 0}},
+           {monday, {7, 59}},
+           {monday, {8, 0}},
+           {friday, {17, 0}},
+           {friday, {17, 1}},
+           {saturday, {12, 0}}});
 
     // A stop time of day before the start time is fine once the days differ.
-    check({monday, QTime(17, 0), tuesday, QTime(8, 0)}, {
-                                                            {monday, QTime(12, 0), false},
-                                                            {monday, QTime(16, 59), false},
-                                                            {monday, QTime(17, 0), false},
-                                                            {monday, QTime(17, 1), true},
-                                                            {tuesday, QTime(7, 59), true},
-                                                            {tuesday, QTime(8, 0), false},
-                                                            {tuesday, QTime(8, 1), false},
-                                                            {tuesday, QTime(12, 0), false},
-                                                            {thursday, QTime(20, 0), false},
-                                                        });
+    check({monday, {17, 0}, tuesday, {8, 0}}, {{monday, {17, 1}}, {tuesday, {7, 59}}},
+          {{monday, {12, 0}},
+           {monday, {16, 59}},
+           {monday, {17, 0}},
+           {tuesday, {8, 0}},
+           {tuesday, {8, 1}},
+           {tuesday, {12, 0}},
+           {thursday, {20, 0}}});
 }
 
 TEST(RosterWindow, SpanOverTheWeekEndRunsFromSaturdayIntoSunday)
 {
-    check({friday, QTime(17, 0), monday, QTime(8, 0)}, {
-                                                           {friday, QTime(12, 0), false},
-                                                           {friday, QTime(16, 59), false},
-                                                           {friday, QTime(17, 0), false},
-                                                           {friday, QTime(17, 1), true},
-                                                           {saturday, QTime(0, 0), true},
-                                                           {saturday, QTime(12, 0), true},
-                                                           {saturday, QTime(23, 59, 59), true},
-                                                           {sunday, QTime(0, 0), true},
-                                                           {sunday, QTime(12, 0), true},
-                                                           {monday, QTime(0, 0), true},
-                                                           {monday, QTime(7, 59), true},
-                                                           {monday, QTime(8, 0), false},
-                                                           {monday, QTime(8, 1), false},
-                                                           {tuesday, QTime(12, 0), false},
-                                                           {wednesday, QTime(3, 0), false},
-                                                           {thursday, QTime(20, 0), false},
-                                                       });
+    check({friday, {17, 0}, monday, {8, 0}},
+          {{friday, {17, 1}},
+           {saturday, {0, 0}},
+           {saturday, {12, 0}},
+           {saturday, {23, 59, 59}},
+           {sunday, {0, 0}},
+           {sunday, {12, 0}},
+           {monday, {0, 0}},
+           {monday, {7, 59}}},
+          {{friday, {12, 0}},
+           {friday, {16, 59}},
+           {friday, {17, 0}},
+           {monday, {8, 0}},
+           {monday, {8, 1}},
+           {tuesday, {12, 0}},
+           {wednesday, {3, 0}},
+           {thursday, {20, 0}}});
 
     // Saturday night only, with the stop time of day before the start time.
-    check({saturday, QTime(22, 0), sunday, QTime(6, 0)}, {
-                                                             {saturday, QTime(21, 59), false},
-                                                             {saturday, QTime(22, 0), false},
-                                                             {saturday, QTime(22, 1), true},
-                                                             {sunday, QTime(5, 59), true},
-                                                             {sunday, QTime(6, 0), false},
-                                                             {sunday, QTime(6, 1), false},
-                                                             {friday, QTime(23, 0), false},
-                                                             {monday, QTime(3, 0), false},
-                                                         });
+    check({saturday, {22, 0}, sunday, {6, 0}}, {{saturday, {22, 1}}, {sunday, {5, 59}}},
+          {{saturday, {21, 59}},
+           {saturday, {22, 0}},
+           {sunday, {6, 0}},
+           {sunday, {6, 1}},
+           {friday, {23, 0}},
+           {monday, {3, 0}}});
 
     // From the afternoon to the morning of a later day of the week, over Saturday night.
-    check({thursday, QTime(14, 0), tuesday, QTime(10, 0)}, {
-                                                               {thursday, QTime(13, 59), false},
-                                                               {thursday, QTime(14, 1), true},
-                                                               {friday, QTime(1, 0), true},
-                                                               {monday, QTime(23, 0), true},
-                                                               {tuesday, QTime(9, 59), true},
-                                                               {tuesday, QTime(10, 0), false},
-                                                               {wednesday, QTime(12, 0), false},
-                                                           });
+    check({thursday, {14, 0}, tuesday, {10, 0}},
+          {{thursday, {14, 1}}, {friday, {1, 0}}, {monday, {23, 0}}, {tuesday, {9, 59}}},
+          {{thursday, {13, 59}}, {tuesday, {10, 0}}, {wednesday, {12, 0}}});
 }
 
 TEST(RosterWindow, TimesCountInWholeSeconds)
 {
     // Within the second of a start or stop the moment still counts as the end itself.
-    check({friday, QTime(17, 0), monday, QTime(8, 0)}, {
-                                                           {friday, QTime(17, 0, 0, 500), false},
-                                                           {friday, QTime(17, 0, 1), true},
-                                                           {monday, QTime(7, 59, 59, 999), true},
-                                                           {monday, QTime(8, 0, 0, 999), false},
-                                                       });
-    check({monday, QTime(17, 0), monday, QTime(8, 0)}, {
-                                                           {thursday, QTime(8, 0, 0, 700), true},
-                                                           {thursday, QTime(8, 0, 1), false},
-                                                           {thursday, QTime(16, 59, 59, 999), false},
-                                                       });
+    check({friday, {17, 0}, monday, {8, 0}}, {{friday, {17, 0, 1}}, {monday, {7, 59, 59, 999}}},
+          {{friday, {17, 0, 0, 500}}, {monday, {8, 0, 0, 999}}});
+    check({monday, {17, 0}, monday, {8, 0}}, {{thursday, {8, 0, 0, 700}}},
+          {{thursday, {8, 0, 1}}, {thursday, {16, 59, 59, 999}}});
     // Seconds themselves count.
-    check({monday, QTime(8, 0, 30), monday, QTime(17, 0)}, {
-                                                               {monday, QTime(8, 0, 30), false},
-                                                               {monday, QTime(8, 0, 31), true},
-                                                           });
+    check({monday, {8, 0, 30}, monday, {17, 0}}, {{monday, {8, 0, 31}}}, {{monday, {8, 0, 30}}});
 }
 
 } // namespace

@@ -45,10 +45,10 @@ protected:
     EngineStarter starter;
 };
 
-TEST_F(SupervisionTest, TheFirstTickStartsTheEngineWithoutLookingAndLaterTicksWhileNoneRuns)
+TEST_F(SupervisionTest, TheFirstTickStartsTheEngineWithoutLookingAndLaterTicksWhileNoneRunsLeavingItsOwnStatus)
 {
     add_process(1, u"init"_s);
-    add_process(200, u"cvddial"_s);
+    add_process(200, u"CVDDIAL"_s); // the case of the name is of no account
     state->startup_complete = true;
     state->local_db = true;
     tick();
@@ -56,8 +56,11 @@ TEST_F(SupervisionTest, TheFirstTickStartsTheEngineWithoutLookingAndLaterTicksWh
     EXPECT_FALSE(state->startup_complete);
     EXPECT_TRUE(view.status.isEmpty());
 
-    tick(); // it runs: nothing to do
+    engine_status = u"Dialing tapnet"_s;
+    tick(); // it runs: nothing to do, and the engine's own status stays
     EXPECT_EQ(starts.size(), 1);
+    EXPECT_EQ(engine_status, u"Dialing tapnet"_s);
+    EXPECT_TRUE(view.status.isEmpty());
 
     QDir(proc + u"/200"_s).removeRecursively(); // it died
     tick();
@@ -70,16 +73,6 @@ TEST_F(SupervisionTest, TheFirstTickStartsTheEngineWithoutLookingAndLaterTicksWh
     tick();
     EXPECT_EQ(starts.size(), 3);
     EXPECT_TRUE(view.status.isEmpty());
-}
-
-TEST_F(SupervisionTest, TheEnginesOwnStatusStaysWhileItRuns)
-{
-    add_process(200, u"CVDDIAL"_s);
-    engine_status = u"Dialing tapnet"_s;
-    tick();
-    EXPECT_TRUE(starts.isEmpty());
-    EXPECT_EQ(engine_status, u"Dialing tapnet"_s);
-    EXPECT_TRUE(view.status.isEmpty()); // nothing new to show
 }
 
 TEST_F(SupervisionTest, OnlyTheFirst500ProcessesAreLookedAt)
