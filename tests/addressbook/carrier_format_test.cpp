@@ -27,76 +27,40 @@ void PrintTo(const LineSettings& line, std::ostream* out)
 
 namespace {
 
+// A row as encode_carrier writes it, given by its columns in table order without cv_retries, which is always 0:
+// name|phone|modem settings|maxchars|init string|message limit|dial type|auth type|user|password|relay|server|priority
+CarrierRow row_of(const QString& columns)
+{
+    const QStringList c = columns.split(u'|');
+    EXPECT_EQ(c.size(), 13) << columns.toStdString();
+    return {c.value(0),         c.value(1),         c.value(2),
+            c.value(3).toInt(), c.value(4),         0,
+            c.value(5).toInt(), c.value(6),         c.value(7).toInt(),
+            c.value(8),         c.value(9),         c.value(10) == u"-1"_s,
+            c.value(11),        c.value(12).toInt()};
+}
+
 // Every field holds a value no other column of the row holds, so a field packed into the wrong column,
 // or read back from the wrong one, shows up.
-struct EncodingCase
-{
-    const char* label;
-    CarrierFrame frame;
-    CarrierRow row;
-};
-
-std::vector<EncodingCase> encoding_cases()
+std::vector<std::pair<CarrierFrame, CarrierRow>> encoding_cases()
 {
     return {
-        {"FAX",
-         FaxFrame{.name = u"Fax-1"_s,
-                  .fax_class = u"2"_s,
+        {FaxFrame{.name = u"Fax-1"_s,
+                  .fax_class = u"2.0"_s, // stored by its place in the list
                   .init_string = u"AT&FE0V1&C1&D2S0=0"_s,
                   .max_chars = u"4000"_s,
                   .priority = u"7"_s},
-         CarrierRow{.name = u"Fax-1"_s,
-                    .phone_number = u""_s,
-                    .modem_settings = u"2"_s,
-                    .maxchars = 4000,
-                    .init_string = u"AT&FE0V1&C1&D2S0=0"_s,
-                    .retries = 0,
-                    .message_limit = 0,
-                    .dial_type = u"fax"_s,
-                    .auth_type = 0,
-                    .auth_user = u""_s,
-                    .auth_pass = u""_s,
-                    .relay_mail = false,
-                    .relay_server = u""_s,
-                    .priority = 7}},
-        {"FAXSRV", FaxSrvFrame{.name = u"FaxSrv_2"_s, .max_chars = u"3000"_s, .priority = u"8"_s},
-         CarrierRow{.name = u"FaxSrv_2"_s,
-                    .phone_number = u""_s,
-                    .modem_settings = u""_s,
-                    .maxchars = 3000,
-                    .init_string = u""_s,
-                    .retries = 0,
-                    .message_limit = 0,
-                    .dial_type = u"fxs"_s,
-                    .auth_type = 0,
-                    .auth_user = u""_s,
-                    .auth_pass = u""_s,
-                    .relay_mail = false,
-                    .relay_server = u""_s,
-                    .priority = 8}},
-        {"GSMAT",
-         GsmatFrame{.name = u"Gsm.3"_s,
+         row_of(u"Fax-1||3|4000|AT&FE0V1&C1&D2S0=0|0|fax|0|||0||7"_s)},
+        {FaxSrvFrame{.name = u"FaxSrv_2"_s, .max_chars = u"3000"_s, .priority = u"8"_s},
+         row_of(u"FaxSrv_2|||3000||0|fxs|0|||0||8"_s)},
+        {GsmatFrame{.name = u"Gsm.3"_s,
                     .line = {u"9600"_s, Parity::Odd, u"7"_s, u"2"_s},
                     .init_string = u"AT&FQ0V1X4&D2"_s,
                     .msg_limit = u"3"_s,
                     .max_chars = u"150"_s,
                     .priority = u"9"_s},
-         CarrierRow{.name = u"Gsm.3"_s,
-                    .phone_number = u""_s,
-                    .modem_settings = u"9600,o,7,2"_s,
-                    .maxchars = 150,
-                    .init_string = u"AT&FQ0V1X4&D2"_s,
-                    .retries = 0,
-                    .message_limit = 3,
-                    .dial_type = u"gsm"_s,
-                    .auth_type = 0,
-                    .auth_user = u""_s,
-                    .auth_pass = u""_s,
-                    .relay_mail = false,
-                    .relay_server = u""_s,
-                    .priority = 9}},
-        {"SMTP",
-         SmtpFrame{.name = u"Mail"_s,
+         row_of(u"Gsm.3||9600,o,7,2|150|AT&FQ0V1X4&D2|3|gsm|0|||0||9"_s)},
+        {SmtpFrame{.name = u"Mail"_s,
                    .domain = u"mail.example.org"_s,
                    .port = u"465 SSL/TLS"_s,
                    .relay = true,
@@ -106,22 +70,8 @@ std::vector<EncodingCase> encoding_cases()
                    .password = u"s3cret"_s,
                    .max_chars = u"900"_s,
                    .priority = u"10"_s},
-         CarrierRow{.name = u"Mail"_s,
-                    .phone_number = u"mail.example.org"_s,
-                    .modem_settings = u"465 SSL/TLS"_s,
-                    .maxchars = 900,
-                    .init_string = u""_s,
-                    .retries = 0,
-                    .message_limit = 0,
-                    .dial_type = u"eml"_s,
-                    .auth_type = 5,
-                    .auth_user = u"ops"_s,
-                    .auth_pass = u"s3cret"_s,
-                    .relay_mail = true,
-                    .relay_server = u"relay.example.org"_s,
-                    .priority = 10}},
-        {"SNPP",
-         SnppFrame{.name = u"Snpp"_s,
+         row_of(u"Mail|mail.example.org|465 SSL/TLS|900||0|eml|5|ops|s3cret|-1|relay.example.org|10"_s)},
+        {SnppFrame{.name = u"Snpp"_s,
                    .host = u"snpp.example.net"_s,
                    .port = u"4444"_s,
                    .auth = AuthType::Standard,
@@ -129,22 +79,8 @@ std::vector<EncodingCase> encoding_cases()
                    .msg_limit = u"4"_s,
                    .max_chars = u"200"_s,
                    .priority = u"11"_s},
-         CarrierRow{.name = u"Snpp"_s,
-                    .phone_number = u"snpp.example.net"_s,
-                    .modem_settings = u"4444"_s,
-                    .maxchars = 200,
-                    .init_string = u""_s,
-                    .retries = 0,
-                    .message_limit = 4,
-                    .dial_type = u"snp"_s,
-                    .auth_type = 1,
-                    .auth_user = u""_s,
-                    .auth_pass = u"pin"_s,
-                    .relay_mail = false,
-                    .relay_server = u""_s,
-                    .priority = 11}},
-        {"TAP",
-         TapFrame{.name = u"Tap"_s,
+         row_of(u"Snpp|snpp.example.net|4444|200||4|snp|1||pin|0||11"_s)},
+        {TapFrame{.name = u"Tap"_s,
                   .phone_number = u"18005550100"_s,
                   .line = {u"2400"_s, Parity::Odd, u"8"_s, u"1.5"_s},
                   .init_string = u"AT&F0Q0V1X4&D2&B1&K0&M0&N2"_s,
@@ -153,42 +89,14 @@ std::vector<EncodingCase> encoding_cases()
                   .msg_limit = u"5"_s,
                   .max_chars = u"240"_s,
                   .priority = u"12"_s},
-         CarrierRow{.name = u"Tap"_s,
-                    .phone_number = u"18005550100"_s,
-                    .modem_settings = u"2400,o,8,1.5"_s,
-                    .maxchars = 240,
-                    .init_string = u"AT&F0Q0V1X4&D2&B1&K0&M0&N2"_s,
-                    .retries = 0,
-                    .message_limit = 5,
-                    .dial_type = u"tap"_s,
-                    .auth_type = 1,
-                    .auth_user = u""_s,
-                    .auth_pass = u"tappw"_s,
-                    .relay_mail = false,
-                    .relay_server = u""_s,
-                    .priority = 12}},
-        {"TONE",
-         ToneFrame{.name = u"Tone"_s,
+         row_of(u"Tap|18005550100|2400,o,8,1.5|240|AT&F0Q0V1X4&D2&B1&K0&M0&N2|5|tap|1||tappw|0||12"_s)},
+        {ToneFrame{.name = u"Tone"_s,
                    .init_string = u"AT&FQ0V1X4&D2S37=5\\N0%C0"_s,
                    .wait_string = u",,,#"_s,
                    .max_chars = u"20"_s,
                    .priority = u"13"_s},
-         CarrierRow{.name = u"Tone"_s,
-                    .phone_number = u""_s,
-                    .modem_settings = u""_s,
-                    .maxchars = 20,
-                    .init_string = u"AT&FQ0V1X4&D2S37=5\\N0%C0"_s,
-                    .retries = 0,
-                    .message_limit = 0,
-                    .dial_type = u"tone-,,,#"_s,
-                    .auth_type = 0,
-                    .auth_user = u""_s,
-                    .auth_pass = u""_s,
-                    .relay_mail = false,
-                    .relay_server = u""_s,
-                    .priority = 13}},
-        {"UCP",
-         UcpFrame{.name = u"Ucp"_s,
+         row_of(u"Tone|||20|AT&FQ0V1X4&D2S37=5\\N0%C0|0|tone-,,,#|0|||0||13"_s)},
+        {UcpFrame{.name = u"Ucp"_s,
                   .phone_number = u"0800123"_s,
                   .line = {u"4800"_s, Parity::None, u"8"_s, u"2"_s},
                   .init_string = u"(auto)"_s,
@@ -197,22 +105,8 @@ std::vector<EncodingCase> encoding_cases()
                   .msg_limit = u"6"_s,
                   .max_chars = u"161"_s,
                   .priority = u"14"_s},
-         CarrierRow{.name = u"Ucp"_s,
-                    .phone_number = u"0800123"_s,
-                    .modem_settings = u"4800,n,8,2"_s,
-                    .maxchars = 161,
-                    .init_string = u"(auto)"_s,
-                    .retries = 0,
-                    .message_limit = 6,
-                    .dial_type = u"ucp"_s,
-                    .auth_type = 0,
-                    .auth_user = u""_s,
-                    .auth_pass = u"ucppw"_s,
-                    .relay_mail = false,
-                    .relay_server = u""_s,
-                    .priority = 14}},
-        {"WCTP",
-         WctpFrame{.name = u"Wctp"_s,
+         row_of(u"Ucp|0800123|4800,n,8,2|161|(auto)|6|ucp|0||ucppw|0||14"_s)},
+        {WctpFrame{.name = u"Wctp"_s,
                    .host = u"wctp.example.com"_s,
                    .send_method = WctpSendMethod::EnterpriseHost,
                    .port = u"443"_s,
@@ -221,84 +115,52 @@ std::vector<EncodingCase> encoding_cases()
                    .password = u"wpass"_s,
                    .max_chars = u"500"_s,
                    .priority = u"15"_s},
-         CarrierRow{.name = u"Wctp"_s,
-                    .phone_number = u"wctp.example.com"_s,
-                    .modem_settings = u"443"_s,
-                    .maxchars = 500,
-                    .init_string = u""_s,
-                    .retries = 0,
-                    .message_limit = 0,
-                    .dial_type = u"wct-1"_s,
-                    .auth_type = 12,
-                    .auth_user = u"wuser"_s,
-                    .auth_pass = u"wpass"_s,
-                    .relay_mail = false,
-                    .relay_server = u""_s,
-                    .priority = 15}},
+         row_of(u"Wctp|wctp.example.com|443|500||0|wct-1|12|wuser|wpass|0||15"_s)},
     };
 }
 
 TEST(CarrierFormat, EachProtocolPacksEveryColumnAndReadsItBack)
 {
-    for (const EncodingCase& c : encoding_cases()) {
-        SCOPED_TRACE(c.label);
-        EXPECT_EQ(encode_carrier(c.frame), c.row);
+    for (const auto& [frame, row] : encoding_cases()) {
+        SCOPED_TRACE(protocol_list_text(protocol_of(frame)).toStdString());
+        EXPECT_EQ(encode_carrier(frame), row);
 
-        const DecodedCarrier decoded = decode_carrier(c.row);
-        EXPECT_EQ(decoded.name, frame_name(c.frame));
-        EXPECT_EQ(decoded.priority, frame_priority(c.frame));
+        const DecodedCarrier decoded = decode_carrier(row);
+        EXPECT_EQ(decoded.name, frame_name(frame));
+        EXPECT_EQ(decoded.priority, frame_priority(frame));
         ASSERT_TRUE(decoded.frame.has_value());
-        EXPECT_EQ(*decoded.frame, c.frame);
+        EXPECT_EQ(*decoded.frame, frame);
     }
 }
 
-struct DefaultCase
-{
-    Protocol protocol;
-    const char* modem_settings;
-    const char* init_string;
-    qint32 maxchars;
-    const char* dial_type;
-};
-
 TEST(CarrierFormat, NewCarriersStoreTheDefaultsAndReadThemBack)
 {
-    const DefaultCase cases[] = {
-        {Protocol::Fax, "1", "(auto)", 5000, "fax"},
-        {Protocol::FaxSrv, "", "", 5000, "fxs"},
+    const std::pair<Protocol, QString> cases[] = {
+        {Protocol::Fax, u"New||1|5000|(auto)|0|fax|0|||0||100"_s},
+        {Protocol::FaxSrv, u"New|||5000||0|fxs|0|||0||100"_s},
         // GSMAT and TONE start with no init string selected, unlike FAX, TAP and UCP.
-        {Protocol::Gsmat, "115200,n,8,1", "", 160, "gsm"},
-        {Protocol::Smtp, "25", "", 160, "eml"},
-        {Protocol::Snpp, "444", "", 160, "snp"},
-        {Protocol::Tap, "1200,e,7,1", "(auto)", 160, "tap"},
-        {Protocol::Tone, "", "", 10, "tone-,,@"},
-        {Protocol::Ucp, "1200,e,7,1", "(auto)", 160, "ucp"},
-        {Protocol::Wctp, "80", "", 160, "wct-0"},
+        {Protocol::Gsmat, u"New||115200,n,8,1|160||0|gsm|0|||0||100"_s},
+        {Protocol::Smtp, u"New||25|160||0|eml|0|||0||100"_s}, // SMTP starts on direct delivery
+        {Protocol::Snpp, u"New||444|160||0|snp|0|||0||100"_s},
+        {Protocol::Tap, u"New||1200,e,7,1|160|(auto)|0|tap|0|||0||100"_s},
+        {Protocol::Tone, u"New|||10||0|tone-,,@|0|||0||100"_s},
+        {Protocol::Ucp, u"New||1200,e,7,1|160|(auto)|0|ucp|0|||0||100"_s},
+        {Protocol::Wctp, u"New||80|160||0|wct-0|0|||0||100"_s},
     };
-    for (const DefaultCase& c : cases) {
-        SCOPED_TRACE(protocol_list_text(c.protocol).toStdString());
-        CarrierFrame frame = default_frame(c.protocol);
-        ASSERT_EQ(protocol_of(frame), c.protocol);
+    for (const auto& [protocol, columns] : cases) {
+        SCOPED_TRACE(protocol_list_text(protocol).toStdString());
+        CarrierFrame frame = default_frame(protocol);
+        ASSERT_EQ(protocol_of(frame), protocol);
         set_name_and_priority(frame, u"New"_s, frame_priority(frame));
 
         const CarrierRow row = encode_carrier(frame);
-        EXPECT_EQ(row.modem_settings, QString::fromUtf8(c.modem_settings));
-        EXPECT_EQ(row.init_string, QString::fromUtf8(c.init_string));
-        EXPECT_EQ(row.maxchars, c.maxchars);
-        EXPECT_EQ(row.dial_type, QString::fromUtf8(c.dial_type));
-        EXPECT_EQ(row.message_limit, 0);
-        EXPECT_EQ(row.auth_type, 0);
-        EXPECT_EQ(row.relay_mail, false); // SMTP starts on direct delivery
-        EXPECT_EQ(row.priority, 100);
-        EXPECT_EQ(row.retries, 0);
-
+        EXPECT_EQ(row, row_of(columns));
         // A row bound as null would read differently in the engine: texts are stored as empty, never null.
         for (const std::optional<QString>* text : {&row.name, &row.phone_number, &row.modem_settings, &row.init_string,
                                                    &row.dial_type, &row.auth_user, &row.auth_pass, &row.relay_server}) {
             ASSERT_TRUE(text->has_value());
             EXPECT_FALSE((*text)->isNull());
         }
-
         EXPECT_EQ(decode_carrier(row).frame, frame);
     }
 }
@@ -317,27 +179,18 @@ TEST(CarrierFormat, FaxClassIsStoredByListPosition)
     for (const auto& [code, text] : from_code) {
         EXPECT_EQ(fax_class_of_code(QString::fromUtf8(code)), QString::fromUtf8(text)) << code;
     }
-
-    FaxFrame fax;
-    fax.name = u"Fax20"_s;
-    fax.fax_class = u"2.0"_s;
-    const CarrierRow row = encode_carrier(fax);
-    EXPECT_EQ(row.modem_settings, u"3"_s);
-    EXPECT_EQ(std::get<FaxFrame>(*decode_carrier(row).frame).fax_class, u"2.0"_s);
 }
-
-struct LineCase
-{
-    const char* stored;
-    LineSettings shown;
-    LineSettings expected;
-};
 
 TEST(CarrierFormat, LineFormReadsOnlyWhatTheListsHold)
 {
     const LineSettings tap;
     const LineSettings gsm = std::get<GsmatFrame>(default_frame(Protocol::Gsmat)).line;
-    const LineCase cases[] = {
+    const struct
+    {
+        const char* stored;
+        LineSettings shown;
+        LineSettings expected;
+    } cases[] = {
         {"1200,e,7,1", gsm, {u"1200"_s, Parity::Even, u"7"_s, u"1"_s}},
         {"19200,o,8,1.5", tap, {u"19200"_s, Parity::Odd, u"8"_s, u"1.5"_s}},
         {"57600,n,8,2", tap, {u"57600"_s, Parity::None, u"8"_s, u"2"_s}},
@@ -349,7 +202,7 @@ TEST(CarrierFormat, LineFormReadsOnlyWhatTheListsHold)
         {"300", gsm, {u"300"_s, Parity::None, u"8"_s, u"1"_s}},
         {"", tap, {u""_s, Parity::Even, u"7"_s, u"1"_s}},
     };
-    for (const LineCase& c : cases) {
+    for (const auto& c : cases) {
         EXPECT_EQ(decode_line_settings(QString::fromUtf8(c.stored), c.shown), c.expected) << c.stored;
     }
     const LineSettings wide{u"115200"_s, Parity::Odd, u"8"_s, u"1.5"_s};
@@ -359,31 +212,26 @@ TEST(CarrierFormat, LineFormReadsOnlyWhatTheListsHold)
 
 TEST(CarrierFormat, DialTypePicksTheFrameByItsFirstThreeLetters)
 {
-    struct Case
-    {
-        std::optional<QString> dial_type;
-        std::optional<Protocol> protocol;
-    };
-    const Case cases[] = {
+    const std::pair<std::optional<QString>, std::optional<Protocol>> cases[] = {
         {u"fax"_s, Protocol::Fax},    {u"fxs"_s, Protocol::FaxSrv}, {u"gsm"_s, Protocol::Gsmat},
         {u"eml"_s, Protocol::Smtp},   {u"snp"_s, Protocol::Snpp},   {u"tap"_s, Protocol::Tap},
         {u"tone-"_s, Protocol::Tone}, {u"ucp"_s, Protocol::Ucp},    {u"wct-0"_s, Protocol::Wctp},
         {u"tapx"_s, Protocol::Tap},   {u"TAP"_s, std::nullopt},     {u"ta"_s, std::nullopt},
         {u""_s, std::nullopt},        {std::nullopt, std::nullopt}, {u"pager"_s, std::nullopt},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.dial_type.value_or(u"(null)"_s).toStdString());
+    for (const auto& [dial_type, protocol] : cases) {
+        SCOPED_TRACE(dial_type.value_or(u"(null)"_s).toStdString());
         CarrierRow row;
         row.name = u"Known"_s;
         row.priority = 42;
-        row.dial_type = c.dial_type;
+        row.dial_type = dial_type;
         const DecodedCarrier decoded = decode_carrier(row);
         // Name and priority reach all frames even when no frame is filled.
         EXPECT_EQ(decoded.name, u"Known"_s);
         EXPECT_EQ(decoded.priority, u"42"_s);
-        ASSERT_EQ(decoded.frame.has_value(), c.protocol.has_value());
+        ASSERT_EQ(decoded.frame.has_value(), protocol.has_value());
         if (decoded.frame) {
-            EXPECT_EQ(protocol_of(*decoded.frame), *c.protocol);
+            EXPECT_EQ(protocol_of(*decoded.frame), *protocol);
             EXPECT_EQ(frame_name(*decoded.frame), u"Known"_s);
             EXPECT_EQ(frame_priority(*decoded.frame), u"42"_s);
         }
@@ -432,25 +280,19 @@ TEST(CarrierFormat, AuthIsReadByEntryNotByListPlace)
     }
 
     // The SMTP list runs out of numeric order; its entries still store their own numbers.
-    QStringList texts;
-    QList<qint32> values;
-    for (const AuthType auth : auth_list(Protocol::Smtp)) {
-        texts.append(auth_entry_text(auth));
-        values.append(static_cast<qint32>(auth));
-    }
-    EXPECT_EQ(texts, (QStringList{u"None"_s, u"Standard"_s, u"Force CRAM-MD5"_s, u"Force LOGIN"_s, u"Force PLAIN"_s,
-                                  u"Force NTLM"_s, u"Sender Override"_s}));
-    EXPECT_EQ(values, (QList<qint32>{0, 1, 3, 5, 4, 6, 2}));
-
-    texts.clear();
-    values.clear();
-    for (const AuthType auth : auth_list(Protocol::Wctp)) {
-        texts.append(auth_entry_text(auth));
-        values.append(static_cast<qint32>(auth));
-    }
-    EXPECT_EQ(texts, (QStringList{u"None"_s, u"Standard"_s, u"Sender Override"_s, u"Recipient"_s, u"MiscInfo"_s}));
-    EXPECT_EQ(values, (QList<qint32>{0, 1, 2, 12, 11}));
-    EXPECT_TRUE(auth_list(Protocol::Gsmat).isEmpty());
+    const auto entries = [](Protocol protocol) {
+        QStringList list;
+        for (const AuthType auth : auth_list(protocol)) {
+            list.append(u"%1=%2"_s.arg(auth_entry_text(auth)).arg(static_cast<qint32>(auth)));
+        }
+        return list;
+    };
+    EXPECT_EQ(entries(Protocol::Smtp),
+              (QStringList{u"None=0"_s, u"Standard=1"_s, u"Force CRAM-MD5=3"_s, u"Force LOGIN=5"_s, u"Force PLAIN=4"_s,
+                           u"Force NTLM=6"_s, u"Sender Override=2"_s}));
+    EXPECT_EQ(entries(Protocol::Wctp),
+              (QStringList{u"None=0"_s, u"Standard=1"_s, u"Sender Override=2"_s, u"Recipient=12"_s, u"MiscInfo=11"_s}));
+    EXPECT_TRUE(entries(Protocol::Gsmat).isEmpty());
 }
 
 TEST(CarrierFormat, BoxesNeverLeftStillStoreNumbersWithinTheirLimits)
@@ -461,21 +303,13 @@ TEST(CarrierFormat, BoxesNeverLeftStillStoreNumbersWithinTheirLimits)
     tap.msg_limit = u"999"_s;
     tap.priority = u"12abc"_s;
     tap.line.baud = u" 9.6e3 "_s;
-    CarrierRow row = encode_carrier(tap);
-    EXPECT_EQ(row.maxchars, 1);
-    EXPECT_EQ(row.message_limit, 255);
-    EXPECT_EQ(row.priority, 12);
-    EXPECT_EQ(row.modem_settings, u"9600,e,7,1"_s);
+    EXPECT_EQ(encode_carrier(tap), row_of(u"Raw||9600,e,7,1|1|(auto)|255|tap|0|||0||12"_s));
 
     tap.line.baud = u"fast"_s;
     tap.max_chars = u""_s;
     tap.msg_limit = u"-4"_s;
     tap.priority = u""_s;
-    row = encode_carrier(tap);
-    EXPECT_EQ(row.modem_settings, u"1,e,7,1"_s);
-    EXPECT_EQ(row.maxchars, 1);
-    EXPECT_EQ(row.message_limit, 0);
-    EXPECT_EQ(row.priority, 1);
+    EXPECT_EQ(encode_carrier(tap), row_of(u"Raw||1,e,7,1|1|(auto)|0|tap|0|||0||1"_s));
 
     WctpFrame wctp;
     wctp.port = u"99999"_s;
@@ -498,23 +332,14 @@ TEST(CarrierFormat, NullColumnsReadAsEmptyAndStoreSafely)
     row.dial_type = u"snp"_s;
     const DecodedCarrier decoded = decode_carrier(row);
     ASSERT_TRUE(decoded.frame.has_value());
-    const SnppFrame& snpp = std::get<SnppFrame>(*decoded.frame);
-    EXPECT_EQ(snpp.host, u""_s);
-    EXPECT_EQ(snpp.port, u""_s);
-    EXPECT_EQ(snpp.max_chars, u""_s);
-    EXPECT_EQ(snpp.msg_limit, u""_s);
-    EXPECT_EQ(snpp.auth, AuthType::None);
-
+    SnppFrame empty;
+    empty.port = empty.msg_limit = empty.max_chars = empty.priority = QString();
+    EXPECT_EQ(*decoded.frame, CarrierFrame(empty));
     // Stored again as it was read, the empty numbers take their lower limits.
-    const CarrierRow again = encode_carrier(*decoded.frame);
-    EXPECT_EQ(again.maxchars, 1);
-    EXPECT_EQ(again.message_limit, 0);
-    EXPECT_EQ(again.priority, 1);
-    EXPECT_EQ(again.modem_settings, u"1"_s);
+    EXPECT_EQ(encode_carrier(*decoded.frame), row_of(u"||1|1||0|snp|0|||0||1"_s));
 
-    CarrierRow smtp;
-    smtp.dial_type = u"eml"_s;
-    EXPECT_FALSE(std::get<SmtpFrame>(*decode_carrier(smtp).frame).relay); // a null boolean is false
+    row.dial_type = u"eml"_s;
+    EXPECT_FALSE(std::get<SmtpFrame>(*decode_carrier(row).frame).relay); // a null boolean is false
 }
 
 } // namespace

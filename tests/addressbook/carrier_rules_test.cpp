@@ -9,69 +9,37 @@ namespace cvd::addressbook {
 
 namespace {
 
-struct LeaveCase
-{
-    BoxRule rule;
-    QString typed;
-    QString shown;
-};
-
 TEST(CarrierRules, BoxesCorrectTheirTextWhenLeft)
 {
     const QString forty_one = QString(41, u'n');
     const QString eighty_one = QString(81, u'x');
     const QString thirty_six = QString(36, u',');
-    const LeaveCase cases[] = {
-        {BoxRule::Name, u"  Pager-1  "_s, u"Pager-1"_s},
-        {BoxRule::Name, forty_one, forty_one.left(40)},
-        {BoxRule::Name, u"\tTab"_s, u"\tTab"_s}, // only blanks are trimmed
-
+    // Per box, pairs of the text typed and the text shown after leaving the box.
+    const std::pair<BoxRule, QStringList> cases[] = {
+        // Only blanks are trimmed.
+        {BoxRule::Name, {u"  Pager-1  "_s, u"Pager-1"_s, forty_one, forty_one.left(40), u"\tTab"_s, u"\tTab"_s}},
         // Priority compares by the leading number, so it never fails.
-        {BoxRule::Priority, u"0"_s, u"1"_s},
-        {BoxRule::Priority, u"30001"_s, u"30000"_s},
-        {BoxRule::Priority, u" 250 "_s, u"250"_s},
-        {BoxRule::Priority, u"abc"_s, u"1"_s},
-        {BoxRule::Priority, u""_s, u"1"_s},
-        {BoxRule::Priority, u"-5"_s, u"1"_s},
-        {BoxRule::Priority, u"0.5"_s, u"1"_s},
-        {BoxRule::Priority, u"12abc"_s, u"12abc"_s},
-        {BoxRule::Priority, u"30000"_s, u"30000"_s},
-
+        {BoxRule::Priority,
+         {u"0"_s, u"1"_s, u"30001"_s, u"30000"_s, u" 250 "_s, u"250"_s, u"abc"_s, u"1"_s, u""_s, u"1"_s, u"-5"_s,
+          u"1"_s, u"0.5"_s, u"1"_s, u"12abc"_s, u"12abc"_s, u"30000"_s, u"30000"_s}},
         // Strict boxes: an empty or unreadable text takes the lower limit instead of failing.
-        {BoxRule::MaxChars, u""_s, u"1"_s},
-        {BoxRule::MaxChars, u"abc"_s, u"1"_s},
-        {BoxRule::MaxChars, u"12abc"_s, u"1"_s},
-        {BoxRule::MaxChars, u"0"_s, u"1"_s},
-        {BoxRule::MaxChars, u"6001"_s, u"6000"_s},
-        {BoxRule::MaxChars, u"1e9"_s, u"6000"_s},
-        {BoxRule::MaxChars, u"1e999"_s, u"6000"_s},
-        {BoxRule::MaxChars, u" 42 "_s, u"42"_s},
-        {BoxRule::MaxChars, u"6000"_s, u"6000"_s},
-        {BoxRule::MsgLimit, u""_s, u"0"_s},
-        {BoxRule::MsgLimit, u"x"_s, u"0"_s},
-        {BoxRule::MsgLimit, u"-1"_s, u"0"_s},
-        {BoxRule::MsgLimit, u"256"_s, u"255"_s},
-        {BoxRule::MsgLimit, u"0"_s, u"0"_s},
-        {BoxRule::Baud, u"0"_s, u"1"_s},
-        {BoxRule::Baud, u"230401"_s, u"230400"_s},
-        {BoxRule::Baud, u"9600 baud"_s, u"1"_s},
-        {BoxRule::Baud, u"115200"_s, u"115200"_s},
-        {BoxRule::NumericPort, u"0"_s, u"1"_s},
-        {BoxRule::NumericPort, u"70000"_s, u"65535"_s},
-        {BoxRule::NumericPort, u"http"_s, u"1"_s},
-        {BoxRule::NumericPort, u"443"_s, u"443"_s},
-
-        {BoxRule::SmtpPort, u"  587 STARTTLS "_s, u"587 STARTTLS"_s},
-        {BoxRule::InitString, u" AT&F "_s, u"AT&F"_s},
-        {BoxRule::InitString, eighty_one, eighty_one.left(80)},
-        {BoxRule::Text, u" host.example.org "_s, u"host.example.org"_s},
-        {BoxRule::Text, u" "_s + eighty_one, eighty_one.left(80)},
-        {BoxRule::WaitString, thirty_six, thirty_six.left(35)},
-        {BoxRule::WaitString, u" ,,@ "_s, u",,@"_s},
+        {BoxRule::MaxChars,
+         {u""_s, u"1"_s, u"abc"_s, u"1"_s, u"12abc"_s, u"1"_s, u"0"_s, u"1"_s, u"6001"_s, u"6000"_s, u"1e9"_s,
+          u"6000"_s, u"1e999"_s, u"6000"_s, u" 42 "_s, u"42"_s, u"6000"_s, u"6000"_s}},
+        {BoxRule::MsgLimit, {u""_s, u"0"_s, u"x"_s, u"0"_s, u"-1"_s, u"0"_s, u"256"_s, u"255"_s, u"0"_s, u"0"_s}},
+        {BoxRule::Baud, {u"0"_s, u"1"_s, u"230401"_s, u"230400"_s, u"9600 baud"_s, u"1"_s, u"115200"_s, u"115200"_s}},
+        {BoxRule::NumericPort, {u"0"_s, u"1"_s, u"70000"_s, u"65535"_s, u"http"_s, u"1"_s, u"443"_s, u"443"_s}},
+        {BoxRule::SmtpPort, {u"  587 STARTTLS "_s, u"587 STARTTLS"_s}},
+        {BoxRule::InitString, {u" AT&F "_s, u"AT&F"_s, eighty_one, eighty_one.left(80)}},
+        {BoxRule::Text, {u" host.example.org "_s, u"host.example.org"_s, u" "_s + eighty_one, eighty_one.left(80)}},
+        {BoxRule::WaitString, {thirty_six, thirty_six.left(35), u" ,,@ "_s, u",,@"_s}},
     };
-    for (const LeaveCase& c : cases) {
-        EXPECT_EQ(on_leaving(c.rule, c.typed), c.shown)
-            << "rule " << static_cast<int>(c.rule) << " typed '" << c.typed.toStdString() << "'";
+    for (const auto& [rule, texts] : cases) {
+        ASSERT_EQ(texts.size() % 2, 0);
+        for (qsizetype i = 0; i < texts.size(); i += 2) {
+            EXPECT_EQ(on_leaving(rule, texts[i]), texts[i + 1])
+                << "rule " << static_cast<int>(rule) << " typed '" << texts[i].toStdString() << "'";
+        }
     }
 }
 
@@ -115,22 +83,13 @@ TEST(CarrierRules, LeadingAndStrictReadingsOfANumber)
         EXPECT_DOUBLE_EQ(leading_number(QString::fromUtf8(text)), value) << text;
     }
 
-    const std::pair<const char*, std::optional<double>> strict[] = {
-        {" 42 ", 42.0},
-        {"-7", -7.0},
-        {"1.5", 1.5},
-        {".5", 0.5},
-        {"1e3", 1000.0},
-        {"12.", 12.0},
-        {"", std::nullopt},
-        {"1 2", std::nullopt},
-        {"12a", std::nullopt},
-        {"&H10", std::nullopt},
-        {"1,000", std::nullopt},
-        {"inf", std::nullopt},
-    };
+    const std::pair<const char*, double> strict[] = {{" 42 ", 42.0}, {"-7", -7.0},    {"1.5", 1.5},
+                                                     {".5", 0.5},    {"1e3", 1000.0}, {"12.", 12.0}};
     for (const auto& [text, value] : strict) {
         EXPECT_EQ(strict_number(QString::fromUtf8(text)), value) << text;
+    }
+    for (const char* text : {"", "1 2", "12a", "&H10", "1,000", "inf"}) {
+        EXPECT_EQ(strict_number(QString::fromUtf8(text)), std::nullopt) << text;
     }
     EXPECT_GT(*strict_number(u"1e999"_s), 1e300);
     EXPECT_LT(*strict_number(u"-1e999"_s), -1e300);

@@ -1,13 +1,11 @@
 #include "addressbook/carriers_store.h"
-#include "core/app_state.h"
-#include "core/databases.h"
 #include "store/database.h"
 #include "store/schema.h"
 #include "store/tables.h"
+#include "support/database_test.h"
 #include "support/printers.h"
 #include "support/test_environment.h"
 
-#include <QDir>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -16,34 +14,7 @@ namespace cvd::addressbook {
 
 namespace {
 
-class CarriersStoreTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        state = env.make_state();
-        state->global_db_folder = env.path(u"g/"_s);
-        state->user_db_folder = env.path(u"u/"_s);
-        QDir().mkpath(state->global_db_folder);
-        QDir().mkpath(state->user_db_folder);
-        store::create_global_database(global_db_path(*state));
-        open_database(*state);
-    }
-
-    store::Database& db() { return state->global_db; }
-
-    QStringList listed_names()
-    {
-        QStringList names;
-        for (const CarrierRow& row : carrier_list(*state)) {
-            names.append(row.name.value_or(QString()));
-        }
-        return names;
-    }
-
-    testing::TestEnvironment env;
-    std::unique_ptr<AppState> state;
-};
+using CarriersStoreTest = testing::DatabaseTest;
 
 CarrierFrame named(Protocol protocol, const QString& name)
 {
@@ -129,7 +100,11 @@ TEST_F(CarriersStoreTest, TheListGoesByNameAndNamesCompareWithoutRegardToCase)
     for (const QString& name : {u"zeta"_s, u"Alpha"_s, u"mid"_s, u"beta"_s}) {
         ASSERT_TRUE(add_carrier(db(), encode_carrier(named(Protocol::Snpp, name))));
     }
-    EXPECT_EQ(listed_names(), (QStringList{u"Alpha"_s, u"beta"_s, u"mid"_s, u"zeta"_s}));
+    QStringList listed;
+    for (const CarrierRow& row : carrier_list(*state)) {
+        listed.append(row.name.value_or(QString()));
+    }
+    EXPECT_EQ(listed, (QStringList{u"Alpha"_s, u"beta"_s, u"mid"_s, u"zeta"_s}));
     EXPECT_TRUE(carrier_exists(db(), u"ALPHA"_s));
     EXPECT_TRUE(carrier_exists(db(), u"Beta"_s));
     EXPECT_FALSE(carrier_exists(db(), u"alph"_s));

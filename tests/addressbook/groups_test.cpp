@@ -1,14 +1,11 @@
 #include "addressbook/groups.h"
 #include "addressbook/recipients_store.h"
-#include "core/app_state.h"
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "store/database.h"
-#include "store/schema.h"
+#include "support/database_test.h"
 #include "support/printers.h"
-#include "support/test_environment.h"
 
-#include <QDir>
 #include <gtest/gtest.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -28,22 +25,7 @@ TEST(GroupBoxes, LeavingABoxCutsAndTheDescriptionFillsAnEmptyShortName)
     EXPECT_EQ(group_short_name_after_description(u"kept"_s, u"Night Ops"_s), u"kept"_s);
 }
 
-TEST(GroupBoxes, TheRowOfAGroupHasNoCarrierAndFixedValues)
-{
-    const RecipientRow row = group_row({u"ops"_s, u"Operations"_s, u" one "_s, u"two "_s, true});
-    RecipientRow expected;
-    expected.group = true;
-    expected.name = u"ops"_s;
-    expected.full_name = u"Operations"_s;
-    expected.maxchars = 1024;
-    expected.on_call = true;
-    expected.extra1 = u"one"_s;
-    expected.extra2 = u"two"_s;
-    expected.priority = 100;
-    EXPECT_EQ(row, expected);
-}
-
-TEST(GroupBoxes, MarksAndListCaptions)
+TEST(GroupBoxes, MarksGoAndComeOffWhereTheSettingPutsThem)
 {
     EXPECT_EQ(group_mark_text(u"Ops"_s, true, true), u"Ops (G)"_s);
     EXPECT_EQ(group_mark_text(u"Ops"_s, true, false), u"(G) Ops"_s);
@@ -54,28 +36,12 @@ TEST(GroupBoxes, MarksAndListCaptions)
     EXPECT_EQ(without_group_mark(u"(G) Ops"_s, true), u"(G) Ops"_s);
     EXPECT_EQ(without_group_mark(u"Ops (G)"_s, false), u"Ops (G)"_s);
 
-    EXPECT_EQ(group_list_captions(GroupListMode::Edit), (GroupListCaptions{u"Edit Group"_s, u"Edit"_s}));
-    EXPECT_EQ(group_list_captions(GroupListMode::Members), (GroupListCaptions{u"Group List"_s, u"Edit"_s}));
-    EXPECT_EQ(group_list_captions(GroupListMode::Delete), (GroupListCaptions{u"Delete Group"_s, u"Delete"_s}));
     EXPECT_EQ(group_members_caption(u"Ops"_s), u"Ops Members"_s);
 }
 
-class GroupStoreTest : public ::testing::Test
+class GroupStoreTest : public testing::DatabaseTest
 {
 protected:
-    void SetUp() override
-    {
-        state = env.make_state();
-        state->global_db_folder = env.path(u"g/"_s);
-        state->user_db_folder = env.path(u"u/"_s);
-        QDir().mkpath(state->global_db_folder);
-        QDir().mkpath(state->user_db_folder);
-        store::create_global_database(global_db_path(*state));
-        open_database(*state);
-    }
-
-    store::Database& db() { return state->global_db; }
-
     void add_person(const QString& name, const QString& full_name, bool ad_hoc = false)
     {
         RecipientRow row;
@@ -84,14 +50,6 @@ protected:
         row.ad_hoc = ad_hoc;
         row.carrier = u"net"_s;
         ASSERT_TRUE(add_recipient(db(), row));
-    }
-
-    qint64 count(const QString& sql, const QString& value)
-    {
-        store::Statement query = db().prepare(sql);
-        query.bind(1, value);
-        EXPECT_TRUE(query.step());
-        return query.integer(0).value_or(-1);
     }
 
     QStringList stored_members(const QString& group)
@@ -105,9 +63,6 @@ protected:
         }
         return names;
     }
-
-    testing::TestEnvironment env;
-    std::unique_ptr<AppState> state;
 };
 
 TEST_F(GroupStoreTest, AddRefusesInOrderAndStoresTheGroupRow)
@@ -117,34 +72,31 @@ TEST_F(GroupStoreTest, AddRefusesInOrderAndStoresTheGroupRow)
     add_person(u"ann"_s, u"Ann Smith"_s);
     EXPECT_FALSE(add_group_window_refusal(*state));
 
-    struct Case
-    {
-        GroupEntry entry;
-        Notice notice;
-    };
-    const Case refusals[] = {
+    const std::pair<GroupEntry, Notice> refusals[] = {
         {{u"  "_s, u"("_s, {}, {}, false}, {u"A Short Name must be entered"_s, u"No Group Name"_s}},
         {{u"ops"_s, u" "_s, {}, {}, false}, {u"A Description must be entered"_s, u"No Description"_s}},
         {{u"o ps"_s, u"(x)"_s, {}, {}, false}, {u"Illegal Characters in the Short Name"_s, u"BAD GROUP"_s}},
         {{u"ops"_s, u"Ops (day)"_s, {}, {}, false}, {u"Illegal Characters in Description"_s, u"BAD GROUP"_s}},
         {{u"ANN"_s, u"Another"_s, {}, {}, false}, {u"That Short Name is already in use"_s, u"Bad Name"_s}},
     };
-    for (const Case& refused : refusals) {
-        const GroupApplyOutcome outcome = add_group(*state, refused.entry);
-        EXPECT_EQ(outcome.notice, refused.notice) << refused.entry.short_name.toStdString();
+    for (const auto& [entry, notice] : refusals) {
+        const GroupApplyOutcome outcome = add_group(*state, entry);
+        EXPECT_EQ(outcome.notice, notice) << entry.short_name.toStdString();
         EXPECT_FALSE(outcome.stored);
     }
-    EXPECT_EQ(count(u"SELECT count(*) FROM cv_recipients WHERE cv_name <> ?1"_s, u"ann"_s), 0);
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_recipients WHERE cv_name <> 'ann'"_s), 0);
 
     const GroupApplyOutcome added = add_group(*state, {u" o'ps "_s, u" Night Ops "_s, u" c1 "_s, u"c2"_s, true});
     EXPECT_TRUE(added.stored);
     EXPECT_EQ(added.notice, (Notice{u"Group record added"_s, u"Group Added"_s}));
     EXPECT_EQ(added.short_name, u"o`ps"_s);
-    RecipientRow expected = group_row({u"o`ps"_s, u"Night Ops"_s, u"c1"_s, u"c2"_s, true});
-    EXPECT_EQ(read_recipient(db(), u"o`ps"_s), expected);
-    EXPECT_EQ(count(u"SELECT count(*) FROM cv_recipients WHERE cv_name = ?1 AND cv_group = -1 AND cv_carrier = ''"_s,
-                    u"o`ps"_s),
-              1);
+    // A group's row has no carrier, no identity and fixed numbers; booleans are -1 and 0.
+    EXPECT_EQ(
+        scalar(u"SELECT count(*) FROM cv_recipients WHERE cv_name = 'o`ps' AND cv_full_name = 'Night Ops' "
+               "AND cv_extra1 = 'c1' AND cv_extra2 = 'c2' AND cv_group = -1 AND cv_on_call = -1 "
+               "AND cv_carrier = '' AND cv_id = '' AND cv_maxchars = 1024 AND cv_priority = 100 AND cv_ad_hoc = 0 "
+               "AND cv_alpha = 0 AND cv_drop_control = 0 AND cv_SendSubject = 0 AND cv_remove_from = 0"_s),
+        1);
     EXPECT_TRUE(env.prompter.boxes.isEmpty());
 }
 
@@ -153,12 +105,8 @@ TEST_F(GroupStoreTest, EditKeepsTheNameAndTakingOnCallAwayDeletesTheRoster)
     add_person(u"ann"_s, u"Ann Smith"_s);
     ASSERT_TRUE(add_group(*state, {u"ops"_s, u"Ops"_s, {}, {}, true}).stored);
     ASSERT_TRUE(add_group(*state, {u"day"_s, u"Day"_s, {}, {}, true}).stored);
-    for (const QString& group : {u"ops"_s, u"day"_s}) {
-        store::Statement insert =
-            db().prepare(u"INSERT INTO cv_oncalltable (cv_group, cv_recipient, cv_start_day) VALUES (?1, 'ann', 1)"_s);
-        insert.bind(1, group);
-        insert.exec();
-    }
+    db().exec(u"INSERT INTO cv_oncalltable (cv_group, cv_recipient, cv_start_day) VALUES ('ops', 'ann', 1), "
+              "('day', 'ann', 1)"_s);
 
     const std::optional<GroupEntry> loaded = load_group(*state, u"ops"_s);
     ASSERT_TRUE(loaded);
@@ -171,27 +119,21 @@ TEST_F(GroupStoreTest, EditKeepsTheNameAndTakingOnCallAwayDeletesTheRoster)
     EXPECT_EQ(edit_group(*state, u"ops"_s, true, {u"ops"_s, u"a)"_s, {}, {}, false}),
               (Notice{u"Illegal Characters in Description"_s, u"BAD GROUP"_s}));
     EXPECT_EQ(read_recipient(db(), u"ops"_s)->full_name, u"Ops"_s);
-    EXPECT_EQ(count(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = ?1"_s, u"ops"_s), 1);
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = 'ops'"_s), 1);
 
     // On-call kept: the roster stays.
     EXPECT_FALSE(edit_group(*state, u"day"_s, true, {u"day"_s, u"Day Shift"_s, {}, {}, true}));
-    EXPECT_EQ(count(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = ?1"_s, u"day"_s), 1);
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = 'day'"_s), 1);
 
     EXPECT_FALSE(edit_group(*state, u"ops"_s, true, {u"ops"_s, u" New Ops "_s, u" e1 "_s, u"e2"_s, false}));
-    const RecipientRow row = *read_recipient(db(), u"ops"_s);
-    EXPECT_EQ(row.full_name, u"New Ops"_s);
-    EXPECT_FALSE(row.on_call);
-    EXPECT_EQ(row.extra1, u"e1"_s);
-    EXPECT_EQ(row.extra2, u"e2"_s);
-    EXPECT_TRUE(row.group);
-    EXPECT_EQ(row.maxchars, 1024);
-    EXPECT_EQ(count(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = ?1"_s, u"ops"_s), 0);
-    EXPECT_EQ(count(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = ?1"_s, u"day"_s), 1);
+    EXPECT_EQ(read_recipient(db(), u"ops"_s), group_row({u"ops"_s, u"New Ops"_s, u"e1"_s, u"e2"_s, false}));
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = 'ops'"_s), 0);
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = 'day'"_s), 1);
 
     // Checking the box again brings nothing back.
     EXPECT_FALSE(edit_group(*state, u"ops"_s, false, {u"ops"_s, u"New Ops"_s, {}, {}, true}));
     EXPECT_TRUE(read_recipient(db(), u"ops"_s)->on_call);
-    EXPECT_EQ(count(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = ?1"_s, u"ops"_s), 0);
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = 'ops'"_s), 0);
 }
 
 TEST_F(GroupStoreTest, MembershipIsStoredByFullNameWithTheMarkCutOff)
@@ -222,8 +164,7 @@ TEST_F(GroupStoreTest, MembershipIsStoredByFullNameWithTheMarkCutOff)
     // The member list shows full names and skips a member whose recipient is gone.
     apply_group_members(*state, u"night"_s, {u"Ann Smith"_s, u"Bob O'Neil"_s}, true);
     ASSERT_FALSE(delete_recipient(db(), u"bob"_s));
-    store::Statement stale = db().prepare(u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES ('night', 'x')"_s);
-    stale.exec();
+    db().exec(u"INSERT INTO cv_groups (cv_group, cv_recipient) VALUES ('night', 'x')"_s);
     EXPECT_EQ(group_member_names(*state, u"night"_s), (QStringList{u"Ann Smith"_s}));
     EXPECT_EQ(group_member_names(*state, u"ops"_s), (QStringList{u"Night"_s}));
 }
@@ -248,7 +189,7 @@ TEST_F(GroupStoreTest, DeleteWaitsForPendingMessagesAndRemovesOnlyOwnMemberRows)
     EXPECT_FALSE(read_recipient(db(), u"ops"_s));
     EXPECT_TRUE(stored_members(u"ops"_s).isEmpty());
     EXPECT_EQ(stored_members(u"all"_s), (QStringList{u"ops"_s}));
-    EXPECT_EQ(count(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = ?1"_s, u"ops"_s), 1);
+    EXPECT_EQ(scalar(u"SELECT count(*) FROM cv_oncalltable WHERE cv_group = 'ops'"_s), 1);
     EXPECT_EQ(list_groups(*state), (QList<RecipientListEntry>{{u"all"_s, u"All"_s}}));
 }
 

@@ -1,14 +1,11 @@
 #include "addressbook/groups.h"
 #include "addressbook/recipients_store.h"
 #include "addressbook/rosters.h"
-#include "core/app_state.h"
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "store/database.h"
-#include "store/schema.h"
-#include "support/test_environment.h"
+#include "support/database_test.h"
 
-#include <QDir>
 #include <gtest/gtest.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -29,21 +26,14 @@ TEST(RosterText, DayNamesAndTimesReadBack)
     EXPECT_EQ(roster_day_name(8), QString());
     EXPECT_EQ(roster_day_number(u"Someday"_s), 0);
 
-    struct Case
-    {
-        QString text;
-        QTime time;
-    };
-    const Case times[] = {
-        {u"8:00 AM"_s, QTime(8, 0)},
-        {u"10:00 PM"_s, QTime(22, 0)},
-        {u"12:00 PM"_s, QTime(12, 0)},
-        {u"12:30 AM"_s, QTime(0, 30)},
-        {u"1899-12-30 22:15:00"_s, QTime(22, 15)},
-        {u"06:05"_s, QTime(6, 5)},
-    };
-    for (const Case& c : times) {
-        EXPECT_EQ(read_roster_time(c.text), c.time) << c.text.toStdString();
+    const std::pair<QString, QTime> times[] = {{u"8:00 AM"_s, QTime(8, 0)},
+                                               {u"10:00 PM"_s, QTime(22, 0)},
+                                               {u"12:00 PM"_s, QTime(12, 0)},
+                                               {u"12:30 AM"_s, QTime(0, 30)},
+                                               {u"1899-12-30 22:15:00"_s, QTime(22, 15)},
+                                               {u"06:05"_s, QTime(6, 5)}};
+    for (const auto& [text, time] : times) {
+        EXPECT_EQ(read_roster_time(text), time) << text.toStdString();
     }
     EXPECT_FALSE(read_roster_time(u"noon"_s));
     EXPECT_FALSE(read_roster_time(QString()));
@@ -52,38 +42,15 @@ TEST(RosterText, DayNamesAndTimesReadBack)
     EXPECT_EQ(roster_time_text(QTime(8, 5)), u"8:05 AM"_s);
 }
 
-TEST(RosterText, NoMemberChosenAddsNoRow)
-{
-    EXPECT_FALSE(new_roster_row(u"ops"_s, QString(), u"Sunday"_s, QTime(12, 0), u"Sunday"_s, QTime(12, 0)));
-    EXPECT_EQ(new_roster_row(u"ops"_s, u"Ann"_s, u"Saturday"_s, QTime(22, 0), u"Sunday"_s, QTime(6, 0)),
-              (RosterGridRow{u"ops"_s, u"Ann"_s, u"Saturday"_s, u"10:00 PM"_s, u"Sunday"_s, u"6:00 AM"_s}));
-}
-
-class RosterStoreTest : public ::testing::Test
+class RosterStoreTest : public testing::DatabaseTest
 {
 protected:
     void SetUp() override
     {
-        state = env.make_state();
-        state->global_db_folder = env.path(u"g/"_s);
-        state->user_db_folder = env.path(u"u/"_s);
-        QDir().mkpath(state->global_db_folder);
-        QDir().mkpath(state->user_db_folder);
-        store::create_global_database(global_db_path(*state));
-        open_database(*state);
-        add_person(u"ann"_s, u"Ann Smith"_s);
-        add_person(u"bob"_s, u"Bob Jones"_s);
+        DatabaseTest::SetUp();
+        db().exec(
+            u"INSERT INTO cv_recipients (cv_name, cv_full_name) VALUES ('ann', 'Ann Smith'), ('bob', 'Bob Jones')"_s);
         ASSERT_TRUE(add_group(*state, {u"ops"_s, u"Ops"_s, {}, {}, true}).stored);
-    }
-
-    store::Database& db() { return state->global_db; }
-
-    void add_person(const QString& name, const QString& full_name)
-    {
-        RecipientRow row;
-        row.name = name;
-        row.full_name = full_name;
-        ASSERT_TRUE(add_recipient(db(), row));
     }
 
     struct StoredSpan
@@ -110,9 +77,6 @@ protected:
         }
         return spans;
     }
-
-    testing::TestEnvironment env;
-    std::unique_ptr<AppState> state;
 };
 
 TEST_F(RosterStoreTest, GridShowsFullNamesDayNamesAndTimesAndRawNamesSurviveApply)
@@ -148,10 +112,12 @@ TEST_F(RosterStoreTest, ApplyReplacesTheWholeRosterInGridOrder)
         *new_roster_row(u"ops"_s, u"Bob Jones"_s, u"Monday"_s, QTime(9, 0), u"Friday"_s, QTime(17, 0)),
         *new_roster_row(u"ops"_s, u"Ann Smith"_s, u"Saturday"_s, QTime(22, 0), u"Sunday"_s, QTime(6, 0)),
     };
+    EXPECT_FALSE(new_roster_row(u"ops"_s, QString(), u"Sunday"_s, QTime(12, 0), u"Sunday"_s, QTime(12, 0)));
     apply_roster(*state, u"ops"_s, grid);
     EXPECT_EQ(stored(u"ops"_s),
               (QList<StoredSpan>{{u"bob"_s, 2, u"1899-12-30 09:00:00"_s, 6, u"1899-12-30 17:00:00"_s},
                                  {u"ann"_s, 7, u"1899-12-30 22:00:00"_s, 1, u"1899-12-30 06:00:00"_s}}));
+    EXPECT_EQ(load_roster(*state, u"ops"_s), grid); // new rows show as stored rows do
 
     // An empty grid deletes every row of the group and writes none.
     apply_roster(*state, u"ops"_s, {});
