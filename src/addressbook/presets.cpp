@@ -3,6 +3,7 @@
 #include "core/app_state.h"
 #include "core/databases.h"
 #include "core/error_path.h"
+#include "core/setting_keys.h"
 #include "store/database.h"
 #include "store/tables.h"
 
@@ -89,7 +90,7 @@ private:
 
 bool user_presets_on(AppState& state)
 {
-    return state.settings.get_setting_flag(u"level"_s, u"user_presets"_s) != 0;
+    return state.settings.get_setting_flag(setting_keys::level::user_presets) != 0;
 }
 
 void load_presets(AppState& state, PresetTable& table)

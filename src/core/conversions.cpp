@@ -6,6 +6,7 @@
 #include "core/file_ops.h"
 #include "core/prompter.h"
 #include "core/record_format.h"
+#include "core/setting_keys.h"
 #include "core/text.h"
 #include "platform/files.h"
 #include "store/maintenance.h"
@@ -118,11 +119,11 @@ ConversionStatus upgrade_old_layout(AppState& state, ConversionBackup& backup)
 
 ConversionStatus upgrade_to_current(AppState& state, ConversionBackup& backup)
 {
-    backup.ensure(state, state.settings.get_setting_long(u"database"_s, u"version"_s));
+    backup.ensure(state, state.settings.get_setting_long(setting_keys::database::version));
     if (!run_with_box(state, u"convert500to501"_s, [&] { store::convert500to501(state.global_db); })) {
         return ConversionStatus::Failed;
     }
-    state.settings.put_setting(u"database"_s, u"version"_s, u"501"_s);
+    state.settings.put_setting(setting_keys::database::version, u"501"_s);
     save_settings(state);
     return ConversionStatus::Done;
 }

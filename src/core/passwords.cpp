@@ -2,6 +2,7 @@
 
 #include "core/app_state.h"
 #include "core/prompter.h"
+#include "core/setting_keys.h"
 
 #include <algorithm>
 #include <cmath>
@@ -70,10 +71,10 @@ QString decode_password(const QString& stored)
 
 void decode_level_passwords(AppState& state)
 {
-    const QString security = u"security"_s;
-    state.admin_password = decode_password(state.settings.get_setting_text(security, u"admin_password"_s));
-    state.super_password = decode_password(state.settings.get_setting_text(security, u"super_password"_s));
-    state.user_password = decode_password(state.settings.get_setting_text(security, u"user_password"_s));
+    namespace security = setting_keys::security;
+    state.admin_password = decode_password(state.settings.get_setting_text(security::admin_password));
+    state.super_password = decode_password(state.settings.get_setting_text(security::super_password));
+    state.user_password = decode_password(state.settings.get_setting_text(security::user_password));
 }
 
 namespace {

@@ -64,13 +64,14 @@ SettingTable* SettingsStore::user_table(const QString& category)
 
 bool SettingsStore::user_switch_on(const QString& name)
 {
-    return get_setting_flag(u"level"_s, u"user_"_s + name) != 0;
+    const QString switch_name = u"user_"_s + name;
+    return get_setting_flag({u"level", switch_name}) != 0;
 }
 
-std::optional<QVariant> SettingsStore::get_setting(const QString& category, const QString& name)
+std::optional<QVariant> SettingsStore::get_setting(SettingKey setting)
 {
-    const QString cat = category.toLower();
-    const QString key = name.toLower();
+    const QString cat = setting.category.toString().toLower();
+    const QString key = setting.name.toString().toLower();
     if (cat == u"level") {
         const QVariant* value = global_table(cat)->find(key);
         return value ? std::optional<QVariant>(*value) : std::nullopt;
@@ -95,10 +96,10 @@ std::optional<QVariant> SettingsStore::get_setting(const QString& category, cons
     return std::nullopt;
 }
 
-void SettingsStore::put_setting(const QString& category, const QString& name, const QVariant& value)
+void SettingsStore::put_setting(SettingKey setting, const QVariant& value)
 {
-    const QString cat = category.toLower();
-    const QString key = name.toLower();
+    const QString cat = setting.category.toString().toLower();
+    const QString key = setting.name.toString().toLower();
     if (cat == u"level") {
         global_table(cat)->set(key, value);
         return;
@@ -111,27 +112,27 @@ void SettingsStore::put_setting(const QString& category, const QString& name, co
     (user_switch_on(key) ? user : global)->set(key, value);
 }
 
-QString SettingsStore::get_setting_text(const QString& category, const QString& name)
+QString SettingsStore::get_setting_text(SettingKey key)
 {
-    const std::optional<QVariant> value = get_setting(category, name);
+    const std::optional<QVariant> value = get_setting(key);
     if (!value) {
         return {};
     }
     return unescape_setting_text(setting_value_text(*value));
 }
 
-qint32 SettingsStore::get_setting_long(const QString& category, const QString& name)
+qint32 SettingsStore::get_setting_long(SettingKey key)
 {
-    const std::optional<QVariant> value = get_setting(category, name);
+    const std::optional<QVariant> value = get_setting(key);
     if (!value) {
         return 0;
     }
     return to_int32(numeric_prefix(setting_value_text(*value)));
 }
 
-qint32 SettingsStore::get_setting_flag(const QString& category, const QString& name)
+qint32 SettingsStore::get_setting_flag(SettingKey key)
 {
-    const std::optional<QVariant> value = get_setting(category, name);
+    const std::optional<QVariant> value = get_setting(key);
     if (!value) {
         return 0;
     }

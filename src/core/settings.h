@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 #include <QVariant>
 #include <optional>
 #include <utility>
@@ -13,6 +14,14 @@ namespace cvd {
 namespace store {
 class Database;
 }
+
+// A setting's category and name: one value wherever the setting is read or written. The settings the program
+// knows by name are listed in core/setting_keys.h; the setup dialogs also build keys from the rows they show.
+struct SettingKey
+{
+    QStringView category;
+    QStringView name;
+};
 
 // One category of settings: keys compared without regard to case, kept in the order they arrived.
 class SettingTable
@@ -43,14 +52,14 @@ public:
     // The value, or nullopt for a setting that is not there (and for an unknown category).
     // With the user switch on, a value found only in the global table is copied into the user table, so that
     // it is saved in the user database and later global changes no longer reach this user.
-    std::optional<QVariant> get_setting(const QString& category, const QString& name);
-    void put_setting(const QString& category, const QString& name, const QVariant& value);
+    std::optional<QVariant> get_setting(SettingKey key);
+    void put_setting(SettingKey key, const QVariant& value);
 
     // Typed readers: text through the escape rule (null gives empty text); a whole number from the numeric
     // prefix (null gives 0); a flag as an integer (null and empty give 0, -1 as a rule for true).
-    QString get_setting_text(const QString& category, const QString& name);
-    qint32 get_setting_long(const QString& category, const QString& name);
-    qint32 get_setting_flag(const QString& category, const QString& name);
+    QString get_setting_text(SettingKey key);
+    qint32 get_setting_long(SettingKey key);
+    qint32 get_setting_flag(SettingKey key);
 
     // nullptr for a category the database does not keep.
     SettingTable* global_table(const QString& category);

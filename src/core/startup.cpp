@@ -9,6 +9,7 @@
 #include "core/file_ops.h"
 #include "core/passwords.h"
 #include "core/prompter.h"
+#include "core/setting_keys.h"
 #include "platform/folders.h"
 #include "store/schema.h"
 #include "store/unique.h"
@@ -99,13 +100,12 @@ StartupResult refuse_version(AppState& state)
 // before a byte of it is written.
 std::optional<StartupResult> check_version(AppState& state, ConversionBackup& backup)
 {
-    const QString category = u"database"_s;
-    const QString name = u"version"_s;
-    if (state.settings.get_setting_long(category, name) < store::kDatabaseVersion &&
+    const SettingKey version = setting_keys::database::version;
+    if (state.settings.get_setting_long(version) < store::kDatabaseVersion &&
         upgrade_to_current(state, backup) == ConversionStatus::Failed) {
         return exit_with(kExitFailure, u"the conversion of the database failed; a copy is kept in "_s + backup.path());
     }
-    if (state.settings.get_setting_long(category, name) != store::kDatabaseVersion) {
+    if (state.settings.get_setting_long(version) != store::kDatabaseVersion) {
         return refuse_version(state);
     }
     return std::nullopt;
@@ -113,13 +113,12 @@ std::optional<StartupResult> check_version(AppState& state, ConversionBackup& ba
 
 void count_start(AppState& state)
 {
-    const QString category = u"database"_s;
-    const QString name = u"rebuild_index"_s;
-    state.settings.put_setting(category, name, state.settings.get_setting_long(category, name) + 1);
-    if (state.settings.get_setting_long(category, name) > 10) {
+    const SettingKey starts = setting_keys::database::rebuild_index;
+    state.settings.put_setting(starts, state.settings.get_setting_long(starts) + 1);
+    if (state.settings.get_setting_long(starts) > 10) {
         // Every eleventh start is the time for maintenance of the database files. A compaction that fails
         // says nothing; the files stay as they were and the start goes on.
-        state.settings.put_setting(category, name, 0);
+        state.settings.put_setting(starts, 0);
         compact_databases(state);
         open_database(state);
     }

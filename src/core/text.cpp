@@ -138,9 +138,8 @@ double numeric_prefix(const QString& text)
             continue;
         }
         const bool at_start = number.isEmpty() || number.endsWith(u'e');
-        if ((ch == u'+' || ch == u'-') && at_start) {
-            number.append(ch);
-        } else if (ch.isDigit() && ch.unicode() < 128) {
+        const bool sign = (ch == u'+' || ch == u'-') && at_start;
+        if (sign || (ch.isDigit() && ch.unicode() < 128)) {
             number.append(ch);
         } else if (ch == u'.' && !seen_point && !seen_exponent) {
             seen_point = true;

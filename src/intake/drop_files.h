@@ -20,7 +20,7 @@ inline constexpr int kMaxMessageLength = 6000;
 // at four bytes each (the longest UTF-8 form), and a CR LF for each line read; sixteen times that, so that
 // blanks before the message and text past its cut fit as well. A larger file is refused, never read.
 inline constexpr qint64 kMaxDropFileBytes =
-    16 * (4 * (kMaxRecipientLength + kMaxSenderLength + kMaxMessageLength) + 2 * (2 + kMaxBodyLines));
+    qint64{16} * (4 * (kMaxRecipientLength + kMaxSenderLength + kMaxMessageLength) + 2 * (2 + kMaxBodyLines));
 
 // One message as a drop file gives it, after the treatment of each line.
 struct DropMessage

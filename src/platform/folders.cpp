@@ -34,7 +34,7 @@ QString home_folder()
 // An unset or empty variable counts as absent, as the XDG conventions have it.
 QString xdg_folder(const char* variable, const QString& below_home)
 {
-    const QString value = qEnvironmentVariable(variable);
+    QString value = qEnvironmentVariable(variable);
     if (!value.isEmpty()) {
         return value;
     }
@@ -90,7 +90,7 @@ QString common_data_root()
 
 QString common_data_root(const QString& system_root)
 {
-    const QString configured = qEnvironmentVariable("CVD_COMMON_APPDATA");
+    QString configured = qEnvironmentVariable("CVD_COMMON_APPDATA");
     if (!configured.isEmpty()) {
         return configured;
     }

@@ -54,7 +54,7 @@ public:
 
     // A value file is read only when it is a regular file of at most this many bytes; anything else (a FIFO,
     // a device, a huge file) is never waited for.
-    static constexpr qint64 kMaxValueBytes = 64 * 1024;
+    static constexpr qint64 kMaxValueBytes = qint64{64} * 1024;
 
     // A value's text, or why there is none: Missing, or a value file that cannot be read (NotRegular,
     // TooLarge, Failed with error()).

@@ -5,6 +5,7 @@
 #include "core/console_view.h"
 #include "core/error_path.h"
 #include "core/prompter.h"
+#include "core/setting_keys.h"
 
 using namespace Qt::StringLiterals;
 
@@ -77,7 +78,7 @@ void update_counters(AppState& state, ConsoleView& view, CounterState& counters)
     view.refresh_open_folders();
     // A drop of the count warns too, as it always has.
     if (old_bad != bad && !counters.counters_changed &&
-        state.settings.get_setting_flag(u"display"_s, u"warning_popup"_s) != 0) {
+        state.settings.get_setting_flag(setting_keys::display::warning_popup) != 0) {
         view.show_failure_warning();
         // Closing the warning brings the counts up to date without a second warning.
         counters.counters_changed = true;

@@ -3,6 +3,7 @@
 #include "core/app_state.h"
 #include "core/clock.h"
 #include "core/error_path.h"
+#include "core/setting_keys.h"
 #include "core/text.h"
 #include "store/database.h"
 #include "store/tables.h"
@@ -57,15 +58,14 @@ qint64 insert_waiting_message(store::Database& db, const QDateTime& now, const N
 
 qint32 retry_interval_seconds(AppState& state)
 {
-    const QString category = u"connector"_s;
-    const QString name = u"retry_interval"_s;
+    const SettingKey key = setting_keys::connector::retry_interval;
     if (state.settings.is_loaded()) {
-        return state.settings.get_setting_long(category, name);
+        return state.settings.get_setting_long(key);
     }
     store::Statement select = state.global_db.prepare(u"SELECT " % settings::value % u" FROM " % settings::table %
                                                       u" WHERE (" % settings::category % u" = ?1) AND (" %
                                                       settings::name % u" = ?2) ORDER BY " % settings::id % u" DESC");
-    select.bind(1, category).bind(2, name);
+    select.bind(1, key.category.toString()).bind(2, key.name.toString());
     return select.step() ? to_int32(numeric_prefix(select.text(0).value_or(QString()))) : 0;
 }
 

@@ -1,8 +1,17 @@
 #include "queue/scheduler_rows.h"
 
+#include "store/tables.h"
+
 #include <QTimeZone>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+namespace messages = cvd::store::tables::messages;
+namespace recipients = cvd::store::tables::recipients;
+namespace on_call = cvd::store::tables::on_call;
+using cvd::store::tables::column_list;
+} // namespace
 
 namespace cvd::queue::scheduling {
 
@@ -46,21 +55,28 @@ Statements::Statements(store::Database& db)
                        "WHERE (cv_name = ifnull(m.cv_recipient, '')) ORDER BY rowid LIMIT 1) "
                        "WHERE (m.cv_scheduled = 0) AND (m.cv_date_time_requested <= ?1) "
                        "ORDER BY m.cv_message_id ASC"_s)),
-      m_recipient(db.prepare(u"SELECT cv_name, cv_id, cv_carrier, cv_group, cv_on_call, cv_ad_hoc FROM cv_recipients "
-                             "WHERE (cv_name = ?1)"_s)),
+      m_recipient(db.prepare(u"SELECT " %
+                             column_list({recipients::name, recipients::id, recipients::carrier, recipients::group,
+                                          recipients::on_call, recipients::ad_hoc}) %
+                             u" FROM " % recipients::table % u" WHERE (" % recipients::name % u" = ?1)")),
       // One join instead of a look-up per member. A name may stand on several recipient rows; the first one
       // counts, as it does for a plain row.
       m_members(db.prepare(u"SELECT g.cv_recipient, r.cv_carrier, r.rowid IS NOT NULL FROM cv_groups AS g "
                            "LEFT JOIN cv_recipients AS r ON r.rowid = (SELECT rowid FROM cv_recipients "
                            "WHERE (cv_name = ifnull(g.cv_recipient, '')) ORDER BY rowid LIMIT 1) "
                            "WHERE (g.cv_group = ?1) ORDER BY g.rowid"_s)),
-      m_roster(db.prepare(u"SELECT cv_recipient, cv_start_day, cv_start_time, cv_stop_day, cv_stop_time "
-                          "FROM cv_oncalltable WHERE (cv_group = ?1) ORDER BY rowid"_s)),
-      m_body(db.prepare(u"SELECT cv_message, cv_from FROM cv_messages WHERE (cv_message_id = ?1)"_s)),
-      m_insert(db.prepare(u"INSERT INTO cv_messages (cv_recipient, cv_pin, cv_message, cv_carrier, "
-                          "cv_date_time_requested, cv_from, cv_sent, cv_error, cv_scheduled, cv_repeat_interval, "
-                          "cv_repeat_stop, cv_retries, cv_last_try, cv_transaction) "
-                          "VALUES (?1, ?2, ?3, ?4, ?5, ?6, 0, 0, 0, ?7, ?8, 0, ?9, ?10)"_s)),
+      m_roster(db.prepare(u"SELECT " %
+                          column_list({on_call::recipient, on_call::start_day, on_call::start_time, on_call::stop_day,
+                                       on_call::stop_time}) %
+                          u" FROM " % on_call::table % u" WHERE (" % on_call::group % u" = ?1) ORDER BY rowid")),
+      m_body(db.prepare(u"SELECT " % column_list({messages::message, messages::from}) % u" FROM " % messages::table %
+                        u" WHERE (" % messages::message_id % u" = ?1)")),
+      m_insert(db.prepare(u"INSERT INTO " % messages::table % u" (" %
+                          column_list({messages::recipient, messages::pin, messages::message, messages::carrier,
+                                       messages::date_time_requested, messages::from, messages::sent, messages::error,
+                                       messages::scheduled, messages::repeat_interval, messages::repeat_stop,
+                                       messages::retries, messages::last_try, messages::transaction}) %
+                          u") VALUES (?1, ?2, ?3, ?4, ?5, ?6, 0, 0, 0, ?7, ?8, 0, ?9, ?10)")),
       m_pending(db.prepare(u"UPDATE cv_messages SET cv_scheduled = -1, cv_carrier = ?2, cv_pin = ?3 "
                            "WHERE (cv_message_id = ?1) AND (cv_scheduled = 0)"_s)),
       m_delete(db.prepare(u"DELETE FROM cv_messages WHERE (cv_message_id = ?1) AND (cv_scheduled = 0)"_s)),

@@ -4,6 +4,7 @@
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "core/file_ops.h"
+#include "core/setting_keys.h"
 #include "platform/runtime.h"
 #include "store/maintenance.h"
 #include "store/schema.h"
@@ -65,7 +66,7 @@ int backup(AppState& state, const QString& target, QTextStream& out, QTextStream
 int purge(AppState& state, const QStringList& options, QTextStream& out, QTextStream& err)
 {
     load_settings(state);
-    int days = state.settings.get_setting_long(u"database"_s, u"purge_after"_s);
+    int days = state.settings.get_setting_long(setting_keys::database::purge_after);
     if (!read_count_option(options, u"--days"_s, days)) {
         err << "cvdctl db purge: usage: db purge [--days N]\n";
         return kUsage;

@@ -20,7 +20,7 @@ class PresetsTest : public testing::DatabaseTest
 protected:
     PresetsTest() : DatabaseTest(Start::LoadSettings) {} // creates both databases with their default rows
 
-    void set_user_presets(bool on) { state->settings.put_setting(u"level"_s, u"user_presets"_s, on ? -1 : 0); }
+    void set_user_presets(bool on) { state->settings.put_setting({u"level", u"user_presets"}, on ? -1 : 0); }
 
     // The rows first to last, opened on a connection of their own, so the check does not go through the code
     // under test.

@@ -30,10 +30,10 @@ protected:
 TEST_F(SettingsTest, SwitchOnCopiesTheGlobalValueIntoTheUserTableForGood)
 {
     SettingsStore& settings = state->settings;
-    settings.put_setting(u"level"_s, u"user_sender"_s, u"-1"_s);
+    settings.put_setting({u"level", u"user_sender"}, u"-1"_s);
     ASSERT_FALSE(settings.user_table(u"connector"_s)->contains(u"sender"_s));
 
-    EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"%LoginName%"_s);
+    EXPECT_EQ(settings.get_setting_text({u"connector", u"sender"}), u"%LoginName%"_s);
     EXPECT_TRUE(settings.user_table(u"connector"_s)->contains(u"sender"_s));
 
     save_settings(*state);
@@ -41,51 +41,51 @@ TEST_F(SettingsTest, SwitchOnCopiesTheGlobalValueIntoTheUserTableForGood)
 
     // A later change of the global value no longer reaches this user.
     settings.global_table(u"connector"_s)->set(u"sender"_s, u"dispatch"_s);
-    EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"%LoginName%"_s);
+    EXPECT_EQ(settings.get_setting_text({u"connector", u"sender"}), u"%LoginName%"_s);
     // And writes go to the user table while the switch is on.
-    settings.put_setting(u"connector"_s, u"sender"_s, u"night desk"_s);
+    settings.put_setting({u"connector", u"sender"}, u"night desk"_s);
     EXPECT_EQ(*settings.global_table(u"connector"_s)->find(u"sender"_s), u"dispatch"_s);
-    EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"night desk"_s);
+    EXPECT_EQ(settings.get_setting_text({u"connector", u"sender"}), u"night desk"_s);
 
     // Switched off again, the global value is in force.
-    settings.put_setting(u"level"_s, u"user_sender"_s, 0);
-    EXPECT_EQ(settings.get_setting_text(u"connector"_s, u"sender"_s), u"dispatch"_s);
+    settings.put_setting({u"level", u"user_sender"}, 0);
+    EXPECT_EQ(settings.get_setting_text({u"connector", u"sender"}), u"dispatch"_s);
 }
 
 TEST_F(SettingsTest, KeysAndCategoriesAreCaseBlindAndTypedReadersApplyTheirRules)
 {
     SettingsStore& settings = state->settings;
-    EXPECT_EQ(settings.get_setting(u"Connector"_s, u"Port"_s), settings.get_setting(u"connector"_s, u"port"_s));
-    EXPECT_EQ(settings.get_setting_text(u"CONNECTOR"_s, u"RETRY_INTERVAL"_s), u"15"_s);
-    settings.put_setting(u"Display"_s, u"Extra1_Label"_s, u"Pager"_s);
-    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Pager"_s);
-    EXPECT_FALSE(settings.get_setting(u"nosuchcategory"_s, u"port"_s).has_value());
-    EXPECT_FALSE(settings.get_setting(u"connector"_s, u"nosuchname"_s).has_value());
-    settings.put_setting(u"display"_s, u"extra1_label"_s, u"Room\\035"_s);
-    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"extra1_label"_s), u"Room#"_s);
+    EXPECT_EQ(settings.get_setting({u"Connector", u"Port"}), settings.get_setting({u"connector", u"port"}));
+    EXPECT_EQ(settings.get_setting_text({u"CONNECTOR", u"RETRY_INTERVAL"}), u"15"_s);
+    settings.put_setting({u"Display", u"Extra1_Label"}, u"Pager"_s);
+    EXPECT_EQ(settings.get_setting_text({u"display", u"extra1_label"}), u"Pager"_s);
+    EXPECT_FALSE(settings.get_setting({u"nosuchcategory", u"port"}).has_value());
+    EXPECT_FALSE(settings.get_setting({u"connector", u"nosuchname"}).has_value());
+    settings.put_setting({u"display", u"extra1_label"}, u"Room\\035"_s);
+    EXPECT_EQ(settings.get_setting_text({u"display", u"extra1_label"}), u"Room#"_s);
 
-    settings.put_setting(u"database"_s, u"purge_after"_s, u"45days"_s);
-    EXPECT_EQ(settings.get_setting_long(u"database"_s, u"purge_after"_s), 45);
-    settings.put_setting(u"database"_s, u"purge_after"_s, u"days"_s);
-    EXPECT_EQ(settings.get_setting_long(u"database"_s, u"purge_after"_s), 0);
-    EXPECT_EQ(settings.get_setting_long(u"database"_s, u"missing"_s), 0);
+    settings.put_setting({u"database", u"purge_after"}, u"45days"_s);
+    EXPECT_EQ(settings.get_setting_long({u"database", u"purge_after"}), 45);
+    settings.put_setting({u"database", u"purge_after"}, u"days"_s);
+    EXPECT_EQ(settings.get_setting_long({u"database", u"purge_after"}), 0);
+    EXPECT_EQ(settings.get_setting_long({u"database", u"missing"}), 0);
 
-    EXPECT_EQ(settings.get_setting_flag(u"display"_s, u"minimize_to_taskbar"_s), -1);
-    settings.put_setting(u"display"_s, u"warning_popup"_s, true);
-    EXPECT_EQ(settings.get_setting_flag(u"display"_s, u"warning_popup"_s), -1);
-    settings.put_setting(u"display"_s, u"warning_popup"_s, QString());
-    EXPECT_EQ(settings.get_setting_flag(u"display"_s, u"warning_popup"_s), 0);
-    EXPECT_EQ(settings.get_setting_flag(u"display"_s, u"missing"_s), 0);
-    EXPECT_EQ(settings.get_setting_text(u"display"_s, u"missing"_s), QString());
+    EXPECT_EQ(settings.get_setting_flag({u"display", u"minimize_to_taskbar"}), -1);
+    settings.put_setting({u"display", u"warning_popup"}, true);
+    EXPECT_EQ(settings.get_setting_flag({u"display", u"warning_popup"}), -1);
+    settings.put_setting({u"display", u"warning_popup"}, QString());
+    EXPECT_EQ(settings.get_setting_flag({u"display", u"warning_popup"}), 0);
+    EXPECT_EQ(settings.get_setting_flag({u"display", u"missing"}), 0);
+    EXPECT_EQ(settings.get_setting_text({u"display", u"missing"}), QString());
 }
 
 TEST_F(SettingsTest, SaveRewritesBothTablesWindowStateForTheUserAndLoadReadsThemBack)
 {
     SettingsStore& settings = state->settings;
-    settings.put_setting(u"display"_s, u"clear_on_send"_s, true);
-    settings.put_setting(u"logging"_s, u"level"_s, 4);
+    settings.put_setting({u"display", u"clear_on_send"}, true);
+    settings.put_setting({u"logging", u"level"}, 4);
     // Window state is the user's by default.
-    settings.put_setting(u"display"_s, u"send_form_top"_s, 1200);
+    settings.put_setting({u"display", u"send_form_top"}, 1200);
     EXPECT_EQ(*settings.user_table(u"display"_s)->find(u"send_form_top"_s), 1200);
     EXPECT_FALSE(settings.global_table(u"display"_s)->contains(u"send_form_top"_s));
     save_settings(*state);
@@ -98,9 +98,9 @@ TEST_F(SettingsTest, SaveRewritesBothTablesWindowStateForTheUserAndLoadReadsThem
     SettingsStore reloaded;
     store::Database global = store::Database::open(global_db_path(*state));
     reloaded.load_global(global);
-    EXPECT_EQ(reloaded.get_setting_flag(u"display"_s, u"clear_on_send"_s), -1);
-    EXPECT_EQ(reloaded.get_setting_long(u"logging"_s, u"level"_s), 4);
-    EXPECT_EQ(reloaded.get_setting_long(u"database"_s, u"version"_s), 501);
+    EXPECT_EQ(reloaded.get_setting_flag({u"display", u"clear_on_send"}), -1);
+    EXPECT_EQ(reloaded.get_setting_long({u"logging", u"level"}), 4);
+    EXPECT_EQ(reloaded.get_setting_long({u"database", u"version"}), 501);
 }
 
 TEST_F(SettingsTest, NullValuesReadAsEmptyAndTheLastDuplicateWins)
@@ -108,10 +108,10 @@ TEST_F(SettingsTest, NullValuesReadAsEmptyAndTheLastDuplicateWins)
     db().exec(u"INSERT INTO cv_settings (cv_category, cv_name, cv_value) VALUES ('display', 'extra2_label', NULL), "
               "('Connector', 'PORT', '7')"_s);
     load_settings(*state);
-    const std::optional<QVariant> extra2 = state->settings.get_setting(u"display"_s, u"extra2_label"_s);
+    const std::optional<QVariant> extra2 = state->settings.get_setting({u"display", u"extra2_label"});
     ASSERT_TRUE(extra2.has_value());
     EXPECT_EQ(extra2->toString(), QString());
-    EXPECT_EQ(state->settings.get_setting_long(u"connector"_s, u"port"_s), 7);
+    EXPECT_EQ(state->settings.get_setting_long({u"connector", u"port"}), 7);
 }
 
 } // namespace

@@ -262,7 +262,7 @@ TEST_F(StartupTest, TheOrderlyEndWritesTheDatabasePasswordBackAndTheNextStartAsk
     ASSERT_EQ(start().outcome, StartupOutcome::Running);
     EXPECT_EQ(state->db_password, u"s3cret"_s);
     state->db_password = u"n3w"_s;
-    state->settings.put_setting(u"security"_s, u"user_password"_s, encode_password(u"open"_s));
+    state->settings.put_setting({u"security", u"user_password"}, encode_password(u"open"_s));
     orderly_shutdown(*state);
     EXPECT_EQ(registry.read_text(platform::Hive::LocalMachine, key, u"DB_Password"_s), u"n3w"_s);
     EXPECT_FALSE(platform::program_is_running(env.runtime_dir()));
@@ -282,7 +282,7 @@ TEST_F(StartupTest, TheOrderlyEndWritesTheDatabasePasswordBackAndTheNextStartAsk
 TEST_F(StartupTest, TheStartCounterWrapsOnTheEleventhStartAndUnsentRowsDrawTransactionsOfThisRun)
 {
     ASSERT_EQ(start().outcome, StartupOutcome::Running);
-    state->settings.put_setting(u"database"_s, u"rebuild_index"_s, 9);
+    state->settings.put_setting({u"database", u"rebuild_index"}, 9);
     state->global_db.exec(
         u"INSERT INTO cv_messages (cv_recipient, cv_sent, cv_transaction) VALUES ('a', 0, 1), ('b', 0, 1), "
         "('c', -1, 1)"_s);
@@ -489,7 +489,7 @@ TEST_F(ConversionTest, AVersion500FileGetsOnlyTheLastConversion)
 
     ASSERT_EQ(start().outcome, StartupOutcome::Running);
     EXPECT_TRUE(env.prompter.boxes.isEmpty());
-    EXPECT_EQ(state->settings.get_setting_long(u"database"_s, u"version"_s), 501);
+    EXPECT_EQ(state->settings.get_setting_long({u"database", u"version"}), 501);
     state.reset();
 
     EXPECT_EQ(value_of(global(), u"SELECT cv_value FROM cv_settings WHERE cv_name = 'version'"_s), u"501"_s);

@@ -67,7 +67,7 @@ TEST_F(CountersTest, AChangedFailedCountWarnsOnlyWhenAskedForAndNotRightAfterThe
     EXPECT_EQ(view.warnings, 0); // warning_popup is off by default
     EXPECT_EQ(view.panels.value(kBadPanel), u"Bad: 1"_s);
 
-    state->settings.put_setting(u"display"_s, u"warning_popup"_s, true);
+    state->settings.put_setting({u"display", u"warning_popup"}, true);
     add_row(-1, -1, -1, 101);
     add_row(-1, -1, -1, 102); // two failures in one tick give one warning
     update_counters(*state, view, counters);

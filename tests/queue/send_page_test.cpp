@@ -95,7 +95,7 @@ TEST_F(SendPageTest, AKnownRecipientGetsOneWaitingRowWithTheEntryValues)
 TEST_F(SendPageTest, EachLineDrawsItsOwnTransactionAndTheLoadedIntervalCounts)
 {
     load_settings(*state);
-    state->settings.put_setting(u"connector"_s, u"retry_interval"_s, 60);
+    state->settings.put_setting({u"connector", u"retry_interval"}, 60);
     ASSERT_TRUE(SendPage(*state, u"bob ops one"_s).inserted);
     ASSERT_TRUE(SendPage(*state, u"bob  two"_s).inserted);
     store::Database db = store::Database::open(global_db_path(*state), store::Database::OpenMode::ReadOnly);
