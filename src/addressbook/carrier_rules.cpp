@@ -63,7 +63,7 @@ std::optional<NumberLimits> number_limits(BoxRule rule)
 
 QString on_leaving(BoxRule rule, const QString& text)
 {
-    const QString trimmed = trim_blanks(text);
+    QString trimmed = trim_blanks(text);
     switch (rule) {
     case BoxRule::Name:
         return cut_to(trimmed, 40);
@@ -104,7 +104,7 @@ double leading_number(const QString& text)
 std::optional<double> strict_number(const QString& text)
 {
     static const QRegularExpression decimal(QStringLiteral("^([+-]?)([0-9]+\\.?[0-9]*|\\.[0-9]+)([eE][+-]?[0-9]+)?$"));
-    const QString trimmed = trim_blanks(text);
+    QString trimmed = trim_blanks(text);
     const QRegularExpressionMatch match = decimal.match(trimmed);
     if (!match.hasMatch()) {
         return std::nullopt;

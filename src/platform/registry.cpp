@@ -74,7 +74,7 @@ QString Registry::default_root()
 
 QString Registry::default_root(const QString& system_candidate)
 {
-    const QString configured = qEnvironmentVariable("CVD_REGISTRY_ROOT");
+    QString configured = qEnvironmentVariable("CVD_REGISTRY_ROOT");
     if (!configured.isEmpty()) {
         return configured;
     }

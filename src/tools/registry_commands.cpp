@@ -125,7 +125,7 @@ int run_registry_command(const QStringList& arguments, QTextStream& out, QTextSt
         err << "cvdctl reg: missing command (get, set, delete, list)\n";
         return kUsage;
     }
-    const QString command = arguments.first();
+    const QString& command = arguments.first();
     const std::optional<RegistryArguments> args = parse_arguments(arguments.mid(1), err);
     if (!args) {
         return kUsage;
