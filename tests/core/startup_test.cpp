@@ -238,21 +238,6 @@ TEST_F(StartupTest, ANewerDatabaseIsRefusedAndLeftByteForByte)
     EXPECT_TRUE(file_bytes(path) == before);
 }
 
-TEST_F(StartupTest, AFileThatIsNoDatabaseHaltsAndIsNeverOverwritten)
-{
-    QDir().mkpath(env.global_db_folder());
-    const QString path = env.global_db_folder() + u"cvd.mdb"_s;
-    write_file(path, QByteArray("These are the minutes of the night shift, not a database.\n").repeated(100));
-    const QByteArray before = file_bytes(path);
-    EXPECT_THROW(start(), ProgramHalted);
-    ASSERT_EQ(env.prompter.boxes.size(), 1);
-    EXPECT_EQ(env.prompter.boxes.front().title, u"CorvaneDesk Fatal Error"_s);
-    EXPECT_TRUE(env.prompter.boxes.front().text.startsWith(u"Fatal database error:  26 "_s));
-    EXPECT_TRUE(env.prompter.boxes.front().text.endsWith(u"in Procedure: open_database Program Halted"_s));
-    state.reset();
-    EXPECT_TRUE(file_bytes(path) == before);
-}
-
 TEST_F(StartupTest, TheOrderlyEndWritesTheDatabasePasswordBackAndTheNextStartAsksForTheUserPassword)
 {
     platform::Registry registry(env.registry_root());

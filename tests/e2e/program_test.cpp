@@ -175,21 +175,6 @@ TEST(Program, AnswersHelpStartsHeadlessTakesLinesFromSecondStartsAndEndsInOrder)
     EXPECT_FALSE(platform::program_is_running(env.runtime_dir()));
 }
 
-TEST(Program, TheLocalFormPutsTheDatabasesBesideTheProgram)
-{
-    testing::TestEnvironment env;
-    const QString copy = env.program_folder() + u"cvd"_s;
-    ASSERT_TRUE(QFile::copy(bin_dir() + u"cvd"_s, copy));
-    RunningProgram cvd(copy, {u"/localdb"_s});
-    ASSERT_TRUE(cvd.started()) << cvd.errors().toStdString();
-    const QString global = env.program_folder() + u"UserDB/cvd.mdb"_s;
-    const QString user = env.program_folder() + u"GlobalDB/cvd.mdb"_s;
-    EXPECT_EQ(scalar(global, u"SELECT count(*) FROM cv_counters"_s), 1);
-    EXPECT_EQ(scalar(user, u"SELECT count(*) FROM sqlite_master WHERE name = 'cv_messages'"_s), 0);
-    EXPECT_FALSE(QFile::exists(env.global_db_folder() + u"cvd.mdb"_s));
-    EXPECT_EQ(cvd.terminate().status, 0);
-}
-
 TEST(Program, ADamagedDatabaseEndsTheProgramNamingTheLastBackupAndIsLeftAsItWas)
 {
     testing::TestEnvironment env;

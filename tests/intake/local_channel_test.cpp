@@ -144,21 +144,5 @@ TEST_F(LocalChannelTest, CheckingTheListMakesRowsOfGoodLinesInOrderAndDropsBadOn
     EXPECT_TRUE(env.prompter.boxes.isEmpty());
 }
 
-TEST_F(LocalChannelTest, LinesNotedThroughTheChannelAreTakenOnTheNextCheck)
-{
-    for (const QString& line : {u"sendpage bob ops one"_s, u"Sendpage bob ops"_s, u"sendpage bob ops two"_s}) {
-        send(kStatusKind, line);
-    }
-    EXPECT_TRUE(rows().isEmpty());               // the channel only notes
-    EXPECT_TRUE(LocalChannel().drain().empty()); // an unbound one drains nothing
-    channel.drain();
-    EXPECT_TRUE(rows().isEmpty());
-    check_wm_list(*state, channel.reg_messages());
-    EXPECT_TRUE(channel.reg_messages().isEmpty());
-    ASSERT_EQ(rows().size(), 2);
-    EXPECT_EQ(rows()[0][2], u"one"_s);
-    EXPECT_EQ(rows()[1][2], u"two"_s);
-}
-
 } // namespace
 } // namespace cvd::intake
