@@ -1,7 +1,6 @@
 #include "support/test_environment.h"
 
 #include <QDir>
-#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 
@@ -12,30 +11,12 @@ TestEnvironment::TestEnvironment()
     for (const char* folder : {"program", "registry", "runtime", "common", "data", "state"}) {
         QDir(m_dir.path()).mkpath(QString::fromLatin1(folder));
     }
-    set_variable("CVD_COMMON_APPDATA", path(u"common"_s));
-    set_variable("XDG_DATA_HOME", path(u"data"_s));
-    set_variable("XDG_STATE_HOME", path(u"state"_s));
-    set_variable("CVD_REGISTRY_ROOT", registry_root());
-    set_variable("CVD_RUNTIME_DIR", runtime_dir());
-    set_variable("XDG_RUNTIME_DIR", runtime_dir());
-}
-
-TestEnvironment::~TestEnvironment()
-{
-    for (const auto& [name, value] : m_saved) {
-        if (value) {
-            ::setenv(name.constData(), value->constData(), 1);
-        } else {
-            ::unsetenv(name.constData());
-        }
-    }
-}
-
-void TestEnvironment::set_variable(const char* name, const QString& value)
-{
-    const char* old = std::getenv(name);
-    m_saved.append({QByteArray(name), old ? std::optional<QByteArray>(QByteArray(old)) : std::nullopt});
-    ::setenv(name, value.toUtf8().constData(), 1);
+    m_environment.set("CVD_COMMON_APPDATA", path(u"common"_s));
+    m_environment.set("XDG_DATA_HOME", path(u"data"_s));
+    m_environment.set("XDG_STATE_HOME", path(u"state"_s));
+    m_environment.set("CVD_REGISTRY_ROOT", registry_root());
+    m_environment.set("CVD_RUNTIME_DIR", runtime_dir());
+    m_environment.set("XDG_RUNTIME_DIR", runtime_dir());
 }
 
 QString TestEnvironment::path(const QString& relative) const

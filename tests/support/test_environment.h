@@ -2,6 +2,7 @@
 
 #include "core/app_state.h"
 #include "support/pinned_clock.h"
+#include "support/scoped_environment.h"
 #include "support/scripted_prompter.h"
 
 #include <QByteArray>
@@ -20,7 +21,6 @@ class TestEnvironment
 {
 public:
     TestEnvironment();
-    ~TestEnvironment();
     TestEnvironment(const TestEnvironment&) = delete;
     TestEnvironment& operator=(const TestEnvironment&) = delete;
 
@@ -40,10 +40,8 @@ public:
     PinnedClock clock;
 
 private:
-    void set_variable(const char* name, const QString& value);
-
     QTemporaryDir m_dir;
-    QList<std::pair<QByteArray, std::optional<QByteArray>>> m_saved;
+    ScopedEnvironment m_environment; // the old values come back when the environment ends
 };
 
 } // namespace cvd::testing
