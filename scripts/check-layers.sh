@@ -8,7 +8,7 @@ layers=(
     "platform"
     "store"
     "core"
-    "queue engine_link intake addressbook exchange reports devices"
+    "queue engine_link intake addressbook exchange reports devices desk"
     "dispatch"
     "terminal"
     "console"

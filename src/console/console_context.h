@@ -1,0 +1,69 @@
+#pragma once
+
+#include "addressbook/pickers.h"
+#include "addressbook/presets.h"
+#include "queue/schedule_selection.h"
+
+#include <QList>
+#include <QString>
+
+class QWidget;
+
+namespace cvd {
+struct AppState;
+class Prompter;
+} // namespace cvd
+
+namespace cvd::console {
+
+class ActivityLog;
+class WindowOwner;
+
+// The choices one window leaves for another, kept here instead of in widgets.
+struct ConsoleState
+{
+    // frmInfo: filter role instead of details; the entry's key; a group's label without its mark.
+    bool info_filter = false;
+    QString info_key;
+    QString info_group_label;
+
+    // The preset in work, and the presets 1 to 100 held for the whole run.
+    int preset_number = 0;
+    addressbook::PresetTable presets;
+
+    queue::ScheduleSelection schedule;
+};
+
+// What the other windows ask of the send window, without including it.
+class SendFormPort
+{
+public:
+    virtual ~SendFormPort() = default;
+
+    // The window itself: owner of modal dialogs and the one they centre on.
+    virtual QWidget& window() = 0;
+    // Rebuilds both pick lists from the recipients table, so that nothing stays chosen.
+    virtual void show_users() = 0;
+    // The filter's result replaces the unpicked list.
+    virtual void fill_unpicked(const QList<addressbook::PickerEntry>& entries) = 0;
+    // A preset used as a left click on its program button does: its recipient picked, its text into the message.
+    virtual void use_preset(const addressbook::Preset& preset) = 0;
+    // The captions of the five program buttons from presets 1 to 5.
+    virtual void update_prog_captions() = 0;
+    // The activity monitor was closed by the operator: the menu's check mark goes.
+    virtual void monitor_closed() = 0;
+    // The counters again, now, as the closing of the failure warning asks.
+    virtual void update_counters() = 0;
+};
+
+// Everything a console window needs from the program, handed to each window when it is made.
+struct ConsoleContext
+{
+    AppState& state;
+    ConsoleState& shared;
+    WindowOwner& windows;
+    ActivityLog& activity;
+    SendFormPort* send_form = nullptr; // set once the send window exists
+};
+
+} // namespace cvd::console
