@@ -6,6 +6,8 @@
 
 #include <QList>
 #include <QString>
+#include <functional>
+#include <optional>
 
 class QWidget;
 
@@ -56,6 +58,30 @@ public:
     virtual void update_counters() = 0;
 };
 
+// The send window's doors to the other windows. The session fills them in, so that no window includes
+// another's header; a door left empty keeps its menu entry disabled.
+struct WindowDoors
+{
+    std::function<void()> info_details;                 // frmInfo, detail role (shared.info_* set)
+    std::function<void()> info_filter;                  // frmInfo, filter role
+    std::function<QString()> ask_adhoc_pin;             // frmAdhoc; empty text when cancelled
+    std::function<void(int preset_number)> edit_preset; // preset_form for a program button
+    std::function<void()> more_presets;                 // frmMorePresets
+    std::function<void(bool visible)> show_monitor;     // frmMonitor shown or closed
+    std::function<void()> failure_warning;              // frmFailureWarning, modal
+    std::function<void()> password_setup;               // frmPasswordSetup
+    std::function<void()> folders;                      // frmFolders
+    std::function<void()> about;                        // about_form
+    // The spell check of a message text: the corrected text, or nullopt when it was cancelled or is not
+    // available (the box has then been shown).
+    std::function<std::optional<QString>(const QString& text)> check_spelling;
+    std::function<void()> help_contents;
+    std::function<void()> help_website;
+    // Windows of later issues, by menu entry name ("carriers_add", "scheduled", "rptSentDate" ...).
+    std::function<bool(const QString& entry)> has_window;
+    std::function<void(const QString& entry)> open_window;
+};
+
 // Everything a console window needs from the program, handed to each window when it is made.
 struct ConsoleContext
 {
@@ -64,6 +90,7 @@ struct ConsoleContext
     WindowOwner& windows;
     ActivityLog& activity;
     SendFormPort* send_form = nullptr; // set once the send window exists
+    WindowDoors doors;
 };
 
 } // namespace cvd::console
