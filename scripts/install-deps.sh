@@ -9,6 +9,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     util-linux
     clang-format clang-tidy
+    xvfb xauth xdotool imagemagick
 )
 
 missing=()

@@ -31,6 +31,9 @@ public:
     void request_close();
 
 private:
+    // Connects the send window's doors to the windows behind them.
+    void wire_doors();
+
     ConsolePrompter m_prompter;
     ConsoleState m_shared;
     WindowOwner m_windows;
