@@ -1,6 +1,7 @@
 #include "addressbook/pickers.h"
 
 #include "addressbook/groups.h"
+#include "addressbook/recipients_store.h"
 #include "core/app_state.h"
 #include "core/error_path.h"
 #include "core/text.h"
@@ -18,6 +19,7 @@ namespace {
 
 const QString kFilterProcedure = u"frmInfo btnFilter"_s;
 const QString kListProcedure = u"Procedure: show_users"_s;
+const QString kDetailsProcedure = u"frmInfo Form_Load"_s;
 
 namespace recipients = store::tables::recipients;
 
@@ -173,6 +175,17 @@ QList<PickerEntry> filter_recipients(AppState& state, const PickerFilter& filter
     state.clear_error_counters();
     return with_retry(state, kFilterProcedure,
                       [&] { return read_filtered_entries(state.global_db, filter, label_after); });
+}
+
+RecipientDetails recipient_details(AppState& state, const QString& key)
+{
+    state.clear_error_counters();
+    const std::optional<RecipientRow> row =
+        with_retry(state, kDetailsProcedure, [&] { return read_recipient(state.global_db, key); });
+    if (!row) {
+        return {};
+    }
+    return {row->full_name, row->extra1, row->extra2};
 }
 
 QString adhoc_pin_on_apply(const QString& box)

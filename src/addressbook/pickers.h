@@ -67,6 +67,21 @@ QString like_pattern(const QString& text);
 // An empty result means the window shows its notice and the whole list is rebuilt.
 QList<PickerEntry> filter_recipients(AppState& state, const PickerFilter& filter, bool label_after);
 
+// What the detail window shows of one recipient or group besides its key.
+struct RecipientDetails
+{
+    QString full_name;
+    QString extra1;
+    QString extra2;
+
+    bool operator==(const RecipientDetails&) const = default;
+};
+
+// The details of the row whose cv_name is `key`, read from state.global_db with database failures taking the
+// common error path ("frmInfo Form_Load"). A key that finds no row gives empty texts, so a stale entry opens an
+// empty window instead of failing.
+RecipientDetails recipient_details(AppState& state, const QString& key);
+
 // What the ad hoc dialog gives back when Apply is pressed: the box cut to 40 characters, blanks and letters
 // kept as typed. Empty means the same as Close: nothing is picked.
 QString adhoc_pin_on_apply(const QString& box);

@@ -41,6 +41,11 @@ Error::Error(int code, const QString& message, QString file)
 {
 }
 
+QString sqlite_library_version()
+{
+    return QString::fromLatin1(sqlite3_libversion());
+}
+
 QString format_date(const QDateTime& value)
 {
     return value.isValid() ? value.toLocalTime().toString(kDateFormat) : QString();

@@ -46,6 +46,9 @@ inline constexpr int NotADb = 26;
 QString format_date(const QDateTime& value);
 std::optional<QDateTime> parse_date(const QString& text);
 
+// The version of the SQLite library the program runs with, as the about box shows it ("3.40.1").
+QString sqlite_library_version();
+
 // A prepared statement. Parameters are numbered from 1; columns from 0.
 class Statement
 {
