@@ -2,6 +2,7 @@
 #include "console/send_form.h"
 #include "console_test.h"
 #include "core/app_state.h"
+#include "dispatch/dispatch_loop.h"
 #include "store/database.h"
 
 #include <QAction>
@@ -227,6 +228,24 @@ TEST_F(SendFormTest, SendStoresOneRowPerPickedRecipient)
     EXPECT_EQ(scalar(u"SELECT COUNT(*) FROM cv_messages WHERE cv_message = 'Disk full'"_s), 2);
     EXPECT_EQ(env.clock.waits, QList<int>(6, 30));
     EXPECT_EQ(send.text(), u"SEND"_s);
+}
+
+TEST_F(SendFormTest, LoadPlacesTheFirstRunAndHidesWhatTheSettingsSay)
+{
+    state->settings.put_setting({u"display", u"remove_presets"}, true);
+    state->settings.put_setting({u"display", u"remove_reports"}, true);
+    window = std::make_unique<console::send_form>(*context, [](const QString&, const QStringList&) {});
+    QString error;
+    ASSERT_TRUE(window->load(&error)) << error.toStdString();
+    EXPECT_TRUE(window->loop()->running());
+    EXPECT_EQ(state->settings.get_setting_long({u"display", u"connection_monitor_width"}), 4000);
+    EXPECT_TRUE(window->findChild<QAction*>(u"view_connection_monitor"_s)->isChecked());
+    EXPECT_TRUE(control<QPushButton>(*window, "btnProg1").isHidden());
+    EXPECT_FALSE(window->findChild<QAction*>(u"mnuReports"_s)->isVisible());
+    EXPECT_EQ(window->unpicked_entries().size(), 3);
+    window->set_counter_panel(kPendPanel, u"Pend: 0"_s);
+    window->close();
+    EXPECT_FALSE(window->loop()->running());
 }
 
 TEST_F(SendFormTest, EveryNamedControlPublishesItsNameAndCaption)
