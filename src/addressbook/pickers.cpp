@@ -30,6 +30,7 @@ const QString kAdHocAfter = u" (A)"_s;
 const QString kAdHocBefore = u"(A) "_s;
 
 constexpr qsizetype kPinLength = 40;
+constexpr qsizetype kAdHocKeyLength = 41;
 
 QString text_column(const store::Statement& statement, int column)
 {
@@ -114,19 +115,22 @@ QString without_ad_hoc_mark(const QString& text, bool label_after)
     return text;
 }
 
-void sort_picker_entries(QList<PickerEntry>& entries)
+bool picker_entry_less(const PickerEntry& a, const PickerEntry& b)
 {
     // The list orders its entries by their whole text: label, then key, then priority, each compared without
     // regard to case. A label that is a prefix of another sorts first.
-    std::stable_sort(entries.begin(), entries.end(), [](const PickerEntry& a, const PickerEntry& b) {
-        for (const auto part : {&PickerEntry::label, &PickerEntry::key, &PickerEntry::priority}) {
-            const int order = QString::compare(a.*part, b.*part, Qt::CaseInsensitive);
-            if (order != 0) {
-                return order < 0;
-            }
+    for (const auto part : {&PickerEntry::label, &PickerEntry::key, &PickerEntry::priority}) {
+        const int order = QString::compare(a.*part, b.*part, Qt::CaseInsensitive);
+        if (order != 0) {
+            return order < 0;
         }
-        return false;
-    });
+    }
+    return false;
+}
+
+void sort_picker_entries(QList<PickerEntry>& entries)
+{
+    std::stable_sort(entries.begin(), entries.end(), picker_entry_less);
 }
 
 QString like_pattern(const QString& text)
@@ -199,9 +203,10 @@ std::optional<PickerEntry> adhoc_picked_entry(const PickerEntry& adhoc_entry, co
     if (pin.isEmpty()) {
         return std::nullopt;
     }
-    PickerEntry picked = adhoc_entry;
-    picked.label += u" | "_s + pin;
-    return picked;
+    // The new entry carries the mark in its key, which is how the send tells it from a picked recipient; it has
+    // no priority of its own.
+    return PickerEntry{trim_blanks(adhoc_entry.label) + u" | "_s + pin,
+                       kAdHocBefore + adhoc_entry.key.left(kAdHocKeyLength), QString()};
 }
 
 } // namespace cvd::addressbook

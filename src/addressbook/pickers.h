@@ -30,6 +30,8 @@ struct PickerEntry
     bool operator==(const PickerEntry&) const = default;
 };
 
+// True when `a` goes before `b` in the list's order.
+bool picker_entry_less(const PickerEntry& a, const PickerEntry& b);
 // The order the list keeps; stable, so equal entries stay in the order they were read.
 void sort_picker_entries(QList<PickerEntry>& entries);
 
@@ -87,8 +89,9 @@ RecipientDetails recipient_details(AppState& state, const QString& key);
 QString adhoc_pin_on_apply(const QString& box);
 
 // The entry the picked list gets when an ad hoc entry of the unpicked list is given a PIN: its label followed by
-// " | " and the PIN, key and priority unchanged. nullopt when the PIN is empty; the ad hoc entry itself stays in
-// the unpicked list, so one ad hoc recipient can take several numbers in one message.
+// " | " and the PIN, its key "(A) " and the first 41 characters of the ad hoc row's key, no priority. nullopt when the
+// PIN is empty; the ad hoc entry itself stays in the unpicked list, so one ad hoc recipient can take several numbers in
+// one message.
 std::optional<PickerEntry> adhoc_picked_entry(const PickerEntry& adhoc_entry, const QString& pin);
 
 } // namespace addressbook

@@ -75,9 +75,9 @@ TEST(AdHocPin, ApplyCutsTo40AndAnEmptyPinPicksNothing)
     const PickerEntry adhoc{u"(A) Fax"_s, u"fx"_s, u"100"_s};
     EXPECT_EQ(adhoc_picked_entry(adhoc, QString()), std::nullopt);
     EXPECT_EQ(adhoc_picked_entry(adhoc, adhoc_pin_on_apply(u"12 34"_s)),
-              (PickerEntry{u"(A) Fax | 12 34"_s, u"fx"_s, u"100"_s}));
-    EXPECT_EQ(adhoc_picked_entry({u"Fax (A)"_s, u"fx"_s, QString()}, u"9"_s),
-              (PickerEntry{u"Fax (A) | 9"_s, u"fx"_s, QString()}));
+              (PickerEntry{u"(A) Fax | 12 34"_s, u"(A) fx"_s, QString()}));
+    EXPECT_EQ(adhoc_picked_entry({u"Fax (A)"_s, QString(50, u'k'), QString()}, u"9"_s),
+              (PickerEntry{u"Fax (A) | 9"_s, u"(A) "_s + QString(41, u'k'), QString()}));
 }
 
 class PickerStoreTest : public testing::DatabaseTest
