@@ -1,9 +1,11 @@
 #include "addressbook/presets.h"
 
+#include "addressbook/pickers.h"
 #include "core/app_state.h"
 #include "core/databases.h"
 #include "core/error_path.h"
 #include "core/setting_keys.h"
+#include "core/text.h"
 #include "store/database.h"
 #include "store/tables.h"
 
@@ -213,16 +215,35 @@ std::optional<PresetSortOrder> sort_order_from_name(const QString& name)
     return std::nullopt;
 }
 
-PresetSortOrder order_after_column_click(PresetSortOrder current, PresetColumn column)
+std::optional<PresetSortOrder> stored_sort_order(SettingsStore& settings)
 {
-    const OrderInfo& now = info(current);
-    const bool to_descending = now.column == column && now.ascending;
+    return sort_order_from_name(settings.get_setting_text(setting_keys::display::preset_sort_order));
+}
+
+void store_sort_order(SettingsStore& settings, PresetSortOrder order)
+{
+    settings.put_setting(setting_keys::display::preset_sort_order, sort_order_name(order));
+}
+
+PresetColumn sort_column(PresetSortOrder order)
+{
+    return info(order).column;
+}
+
+bool sort_ascending(PresetSortOrder order)
+{
+    return info(order).ascending;
+}
+
+PresetSortOrder order_after_column_click(std::optional<PresetSortOrder> current, PresetColumn column)
+{
+    const bool to_descending = current && sort_column(*current) == column && sort_ascending(*current);
     for (const OrderInfo& entry : kOrders) {
         if (entry.column == column && entry.ascending != to_descending) {
             return entry.order;
         }
     }
-    return current;
+    return current.value_or(PresetSortOrder::IndexAscending);
 }
 
 bool preset_row_less(PresetSortOrder order, const PresetListRow& a, const PresetListRow& b)
@@ -242,6 +263,113 @@ void sort_preset_rows(PresetSortOrder order, QList<PresetListRow>& rows)
 {
     std::stable_sort(rows.begin(), rows.end(),
                      [order](const PresetListRow& a, const PresetListRow& b) { return preset_row_less(order, a, b); });
+}
+
+namespace {
+
+namespace recipients = store::tables::recipients;
+
+bool label_after(AppState& state)
+{
+    return state.settings.get_setting_flag(setting_keys::display::group_label_after) != 0;
+}
+
+QString label_of(const store::Statement& row, bool after)
+{
+    return recipient_label(row.text(0).value_or(QString()), row.text(1).value_or(QString()), row.flag(2), row.flag(3),
+                           after);
+}
+
+const QString kLabelColumns =
+    store::tables::column_list({recipients::name, recipients::full_name, recipients::group, recipients::ad_hoc});
+
+QList<PresetRecipientChoice> read_recipient_choices(store::Database& db, bool after)
+{
+    store::Statement select = db.prepare(u"SELECT "_s % kLabelColumns % u" FROM "_s % recipients::table %
+                                         u" WHERE (COALESCE("_s % recipients::ad_hoc % u", 0) = 0)"_s);
+    QList<PresetRecipientChoice> choices;
+    while (select.step()) {
+        choices.append({label_of(select, after), select.text(0).value_or(QString())});
+    }
+    std::stable_sort(choices.begin(), choices.end(), [](const auto& a, const auto& b) {
+        return QString::compare(a.label, b.label, Qt::CaseInsensitive) < 0;
+    });
+    choices.prepend({u"(none)"_s, QString()});
+    return choices;
+}
+
+// The label of the one recipient of that short name, or empty.
+QString read_recipient_label(store::Database& db, const QString& name, bool after)
+{
+    store::Statement select = db.prepare(u"SELECT "_s % kLabelColumns % u" FROM "_s % recipients::table %
+                                         u" WHERE ("_s % recipients::name % u" = ?1)"_s);
+    select.bind(1, name);
+    return select.step() ? label_of(select, after) : QString();
+}
+
+void store_entry(AppState& state, PresetTable& table, int number, const PresetEntry& entry, const QString& procedure)
+{
+    Preset& preset = table.at(number);
+    preset.description = entry.description;
+    preset.message = entry.message;
+    preset.recipient = entry.recipient;
+    save_presets(state, table, procedure);
+}
+
+} // namespace
+
+QList<PresetRecipientChoice> preset_recipient_choices(AppState& state, const QString& procedure)
+{
+    open_database(state);
+    state.clear_error_counters();
+    const bool after = label_after(state);
+    return with_retry(state, procedure, [&] { return read_recipient_choices(state.global_db, after); });
+}
+
+QString preset_recipient_label(AppState& state, const QString& name, const QString& procedure)
+{
+    if (name.isEmpty()) {
+        return {};
+    }
+    open_database(state);
+    state.clear_error_counters();
+    const bool after = label_after(state);
+    return with_retry(state, procedure, [&] { return read_recipient_label(state.global_db, name, after); });
+}
+
+QList<PresetListRow> preset_list_rows(AppState& state, const PresetTable& table, const QString& procedure)
+{
+    open_database(state);
+    state.clear_error_counters();
+    const bool after = label_after(state);
+    return with_retry(state, procedure, [&] {
+        QList<PresetListRow> rows;
+        for (int number = 1; number <= kPresetCount; ++number) {
+            const Preset& preset = table.at(number);
+            const QString label =
+                preset.recipient.isEmpty() ? QString() : read_recipient_label(state.global_db, preset.recipient, after);
+            rows.append({number, preset.description, label, preset.message});
+        }
+        return rows;
+    });
+}
+
+void apply_preset_form(AppState& state, PresetTable& table, int number, const PresetEntry& entry)
+{
+    PresetEntry cleaned = entry;
+    cleaned.message = clean_preset_text(entry.message);
+    store_entry(state, table, number, cleaned, u"Procedure: preset_form apply"_s);
+}
+
+void apply_preset_edit(AppState& state, PresetTable& table, int number, const PresetEntry& entry)
+{
+    store_entry(state, table, number, entry, u"Procedure: frmEditMorePresets btnAccept"_s);
+}
+
+QString quotes_to_apostrophes(const QString& text)
+{
+    QString result = text;
+    return result.replace(u'"', u'\'');
 }
 
 } // namespace cvd::addressbook

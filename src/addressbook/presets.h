@@ -7,11 +7,14 @@
 
 namespace cvd {
 struct AppState;
-}
+class SettingsStore;
+} // namespace cvd
 
 namespace cvd::addressbook {
 
 inline constexpr int kPresetCount = 100;
+// The longest message text a preset takes; the windows cut a longer text as it is typed.
+inline constexpr qsizetype kPresetTextLength = 200;
 
 // One stored message. The message text and the recipient are kept in each other's column: the text in
 // cv_recipient, the short name in cv_message. Existing databases hold their data so, and load and save
@@ -85,9 +88,16 @@ struct PresetListRow
 QString sort_order_name(PresetSortOrder order);
 std::optional<PresetSortOrder> sort_order_from_name(const QString& name);
 
+// The order stored in display/preset_sort_order; nullopt while none of the eight is stored.
+std::optional<PresetSortOrder> stored_sort_order(SettingsStore& settings);
+void store_sort_order(SettingsStore& settings, PresetSortOrder order);
+
 // The order a click on a column head chooses: descending when that column's ascending order is in force,
-// ascending otherwise.
-PresetSortOrder order_after_column_click(PresetSortOrder current, PresetColumn column);
+// ascending otherwise (also while no order is in force).
+PresetSortOrder order_after_column_click(std::optional<PresetSortOrder> current, PresetColumn column);
+// The column and direction an order sorts on, for the list's sort indicator.
+PresetColumn sort_column(PresetSortOrder order);
+bool sort_ascending(PresetSortOrder order);
 
 // True when `a` goes before `b` in `order`. The Number column compares as a number, the others as text
 // without regard to case; every order but the two by number breaks ties by Number, ascending.
@@ -95,5 +105,43 @@ bool preset_row_less(PresetSortOrder order, const PresetListRow& a, const Preset
 
 // Sorts the rows in place; rows equal in both columns keep their order.
 void sort_preset_rows(PresetSortOrder order, QList<PresetListRow>& rows);
+
+// One entry of the recipient list of the preset windows: the label with its mark, and the short name.
+struct PresetRecipientChoice
+{
+    QString label;
+    QString name;
+
+    friend bool operator==(const PresetRecipientChoice&, const PresetRecipientChoice&) = default;
+};
+
+// The recipient list of the preset windows: "(none)" with an empty short name first, then every recipient
+// that is not ad hoc (a null flag counts as not ad hoc), by label without regard to case. Read from
+// state.global_db; database failures take the common error path under `procedure`.
+QList<PresetRecipientChoice> preset_recipient_choices(AppState& state, const QString& procedure);
+
+// The label a preset's recipient shows in the preset list: its marked full name, or empty when the preset has
+// no recipient or the recipient is gone.
+QString preset_recipient_label(AppState& state, const QString& name, const QString& procedure);
+
+// The preset list: one row for each of the presets 1 to 100, by number.
+QList<PresetListRow> preset_list_rows(AppState& state, const PresetTable& table, const QString& procedure);
+
+// What an operator gave a preset in one of the preset windows.
+struct PresetEntry
+{
+    QString description;
+    QString message;
+    QString recipient; // short name, or empty
+};
+
+// Apply of the program button's preset window: the message cleaned as clean_preset_text does, the three fields
+// stored in memory, and the presets saved ("Procedure: preset_form apply").
+void apply_preset_form(AppState& state, PresetTable& table, int number, const PresetEntry& entry);
+// Apply of the preset list's edit window: the three fields stored as given, and the presets saved.
+void apply_preset_edit(AppState& state, PresetTable& table, int number, const PresetEntry& entry);
+
+// The edit window turns every double quote of a box into an apostrophe when the box is left.
+QString quotes_to_apostrophes(const QString& text);
 
 } // namespace cvd::addressbook

@@ -23,6 +23,8 @@ inline constexpr SettingKey user_password{u"security", u"user_password"};
 
 namespace display {
 inline constexpr SettingKey warning_popup{u"display", u"warning_popup"};
+inline constexpr SettingKey group_label_after{u"display", u"group_label_after"};
+inline constexpr SettingKey preset_sort_order{u"display", u"preset_sort_order"};
 } // namespace display
 
 namespace level {

@@ -150,6 +150,28 @@ TEST_F(PresetsTest, FailedSaveLeavesTheStoredRows)
     EXPECT_FALSE(state->global_db.in_transaction());
 }
 
+TEST_F(PresetsTest, RecipientChoicesAndLabelsCarryTheirMarks)
+{
+    db().exec(u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_group, cv_ad_hoc) VALUES "
+              "('zed', 'Zed Ward', 0, 0), ('ops', 'Operations', -1, 0), ('fx', 'Fax', 0, -1), ('nul', ' ', 0, NULL)"_s);
+    // Ad hoc recipients are not offered; a null flag is no ad hoc mark.
+    EXPECT_EQ(
+        preset_recipient_choices(*state, u"test"_s),
+        (QList<PresetRecipientChoice>{
+            {u"(none)"_s, u""_s}, {u"(G) Operations"_s, u"ops"_s}, {u"nul"_s, u"nul"_s}, {u"Zed Ward"_s, u"zed"_s}}));
+
+    state->settings.put_setting({u"display", u"group_label_after"}, -1);
+    PresetTable table;
+    table.at(2).recipient = u"OPS"_s;
+    table.at(3).recipient = u"gone"_s;
+    const QList<PresetListRow> rows = preset_list_rows(*state, table, u"test"_s);
+    ASSERT_EQ(rows.size(), kPresetCount);
+    EXPECT_EQ(rows.at(1).number, 2);
+    EXPECT_EQ(rows.at(1).recipient_label, u"Operations (G)"_s);
+    EXPECT_EQ(rows.at(2).recipient_label, u""_s);
+    EXPECT_EQ(preset_recipient_label(*state, u"fx"_s, u"test"_s), u"Fax (A)"_s);
+}
+
 TEST(PresetText, ControlCharactersBecomeBlanksAndRunsAreThinned)
 {
     // Each list holds pairs of the text typed and the text stored.
