@@ -4,7 +4,6 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
 scripts/build.sh -DCVD_BUILD_TESTS=OFF -DCVD_BUILD_BENCH=OFF
-# The console windows are not part of the program yet: it runs as the dispatcher without windows,
-# with display or without one.
-echo "Starting cvd --headless (stop it with Ctrl-C)."
-exec "${CVD_BUILD_DIR:-build}/bin/cvd" --headless "$@"
+# With a display cvd opens its console; without one it says so and runs as the dispatcher without windows
+# (stop it with Ctrl-C).
+exec "${CVD_BUILD_DIR:-build}/bin/cvd" "$@"

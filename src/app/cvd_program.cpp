@@ -1,5 +1,6 @@
 #include "app/cvd_program.h"
 
+#include "app/console_front_end.h"
 #include "app/headless_front_end.h"
 #include "app/stop_signals.h"
 #include "core/app_state.h"
@@ -12,6 +13,7 @@
 #include "platform/runtime.h"
 #include "queue/send_page.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <cstdio>
 
@@ -115,6 +117,28 @@ int run_front_end(FrontEnd& front, const ProgramOptions& options)
     }
 }
 
+bool display_available()
+{
+    for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
+        const QByteArray value = qgetenv(name);
+        if (!value.isEmpty()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+namespace {
+
+void set_application_names()
+{
+    QCoreApplication::setApplicationName(u"cvd"_s);
+    QCoreApplication::setApplicationVersion(QStringLiteral(CVD_VERSION_TEXT));
+    QCoreApplication::setOrganizationName(u"Halvern"_s);
+}
+
+} // namespace
+
 int run_cvd(int argc, char** argv)
 {
     const ProgramOptions options = parse_program_arguments(local_arguments(argc, argv));
@@ -126,11 +150,21 @@ int run_cvd(int argc, char** argv)
         std::printf("cvd %s\n", CVD_VERSION_TEXT);
         return kExitOk;
     }
-    // The console's windows are not built yet: the program runs without windows, display or not.
-    HaltBarrier<QCoreApplication> application(argc, argv);
-    QCoreApplication::setApplicationName(u"cvd"_s);
-    QCoreApplication::setApplicationVersion(QStringLiteral(CVD_VERSION_TEXT));
-    HeadlessFrontEnd front;
+    if (!options.headless && !display_available()) {
+        std::printf("cvd: no display (DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are unset): running headless\n");
+        std::fflush(stdout);
+    }
+    if (options.headless || !display_available()) {
+        HaltBarrier<QCoreApplication> application(argc, argv);
+        set_application_names();
+        HeadlessFrontEnd front;
+        return run_front_end(front, options);
+    }
+    HaltBarrier<QApplication> application(argc, argv);
+    set_application_names();
+    // The program lives in the tray while its window is hidden; only the orderly end quits it.
+    QApplication::setQuitOnLastWindowClosed(false);
+    ConsoleFrontEnd front;
     return run_front_end(front, options);
 }
 

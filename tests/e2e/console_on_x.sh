@@ -69,7 +69,7 @@ rows=$(sqlite3 "$global_db" "select count(*) from cv_messages where cv_transacti
 pending=$(sqlite3 "$global_db" "select group_concat(cv_recipient, ' ') from (select cv_recipient from cv_messages where cv_scheduled <> 0 and cv_sent = 0 and cv_transaction > 0 order by cv_recipient)")
 [ "$rows" = 4 ] || fail "expected 4 live rows (alice, bob and the group's carol and dave), found $rows"
 [ "$pending" = "alice bob carol dave" ] || fail "pending rows are '$pending'"
-panel=$(caption_of sbrPend)
+panel=$(caption_of sbrCounters_panel3)
 [ "$panel" = "Pend: 4" ] || fail "the Pend panel shows '$panel'"
 
 [ -n "$shot" ] && import -window root "$shot"
