@@ -6,6 +6,7 @@ packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev
     libsqlite3-dev sqlite3
+    libenchant-2-dev hunspell-en-us
     libgtest-dev libgmock-dev libbenchmark-dev
     util-linux
     clang-format clang-tidy

@@ -1,6 +1,7 @@
 #include "core/passwords.h"
 
 #include "core/app_state.h"
+#include "core/databases.h"
 #include "core/prompter.h"
 #include "core/setting_keys.h"
 
@@ -140,6 +141,39 @@ bool pass_start_gate(AppState& state)
         }
     }
     return false;
+}
+
+std::optional<Notice> apply_password_setup(AppState& state, const PasswordSetupEntries& entries)
+{
+    struct Pair
+    {
+        QString first;
+        QString second;
+        QString level;
+    };
+    const Pair pairs[] = {{entries.admin1.trimmed(), entries.admin2.trimmed(), u"Admin"_s},
+                          {entries.super1.trimmed(), entries.super2.trimmed(), u"Super User"_s},
+                          {entries.user1.trimmed(), entries.user2.trimmed(), u"User"_s}};
+    for (const Pair& pair : pairs) {
+        if (pair.first != pair.second) {
+            return Notice{u"The two "_s + pair.level + u" passwords you entered don't match.  Please re-enter"_s,
+                          u"Password Mismatch"_s};
+        }
+    }
+    for (const Pair& pair : pairs) {
+        if (pair.first.size() > kPasswordMaxLength) {
+            return Notice{u"Passwords can only be a maximum of 20 characters long."_s, u"Invalid Password"_s};
+        }
+    }
+    namespace security = setting_keys::security;
+    state.admin_password = pairs[0].first;
+    state.super_password = pairs[1].first;
+    state.user_password = pairs[2].first;
+    state.settings.put_setting(security::admin_password, encode_password(state.admin_password));
+    state.settings.put_setting(security::super_password, encode_password(state.super_password));
+    state.settings.put_setting(security::user_password, encode_password(state.user_password));
+    save_settings(state);
+    return std::nullopt;
 }
 
 } // namespace cvd

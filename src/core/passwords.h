@@ -1,6 +1,9 @@
 #pragma once
 
+#include "core/prompter.h"
+
 #include <QString>
+#include <optional>
 
 namespace cvd {
 
@@ -31,5 +34,19 @@ bool check_level(AppState& state, int mode, const QString& prompt);
 // The start gate: when a user password is set, up to three prompts; a cancel ends the rounds at once.
 // True when the program may start.
 bool pass_start_gate(AppState& state);
+
+// The six boxes of the password setup screen: each level's password and its repetition.
+struct PasswordSetupEntries
+{
+    QString admin1, admin2;
+    QString super1, super2;
+    QString user1, user2;
+};
+
+// The password setup's Apply: the entries trimmed, each pair compared, the lengths checked, in that order;
+// the first refusal is returned as its box and nothing is stored. Otherwise the three passwords become the
+// working clear texts, are stored encoded under `security` and the settings are saved; the result is then
+// nullopt.
+std::optional<Notice> apply_password_setup(AppState& state, const PasswordSetupEntries& entries);
 
 } // namespace cvd

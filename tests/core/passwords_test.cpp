@@ -1,5 +1,8 @@
 #include "core/app_state.h"
+#include "core/databases.h"
 #include "core/passwords.h"
+#include "core/setting_keys.h"
+#include "support/database_test.h"
 #include "support/test_environment.h"
 
 #include <gtest/gtest.h>
@@ -133,6 +136,57 @@ TEST(StartGate, AsksOnlyWithAUserPasswordThreeRoundsAtMostAndACancelEndsAtOnce)
         EXPECT_EQ(env.prompter.password_prompts.value(0, u"A Password is required to start Corvane Desk"_s),
                   u"A Password is required to start Corvane Desk"_s);
     }
+}
+
+class PasswordSetup : public testing::DatabaseTest
+{
+protected:
+    PasswordSetup() : DatabaseTest(Start::LoadSettings) {}
+};
+
+// Apply refuses in a fixed order: the pairs from admin down, then the length; a refusal stores nothing.
+TEST_F(PasswordSetup, ApplyRefusesInOrderAndOtherwiseStoresTheEncodedPasswords)
+{
+    const QString long21(21, u'x');
+    struct Refusal
+    {
+        PasswordSetupEntries entries;
+        QString title;
+        QString text;
+    };
+    const Refusal refusals[] = {
+        {{u"a"_s, u"b"_s, u"c"_s, u"d"_s, long21, u"f"_s},
+         u"Password Mismatch"_s,
+         u"The two Admin passwords you entered don't match.  Please re-enter"_s},
+        {{u"a"_s, u" a "_s, u"c"_s, u"d"_s, long21, u"f"_s},
+         u"Password Mismatch"_s,
+         u"The two Super User passwords you entered don't match.  Please re-enter"_s},
+        {{u"a"_s, u"a"_s, u"c"_s, u"c"_s, long21, u"f"_s},
+         u"Password Mismatch"_s,
+         u"The two User passwords you entered don't match.  Please re-enter"_s},
+        {{u"a"_s, u"a"_s, u"c"_s, u"c"_s, long21, long21},
+         u"Invalid Password"_s,
+         u"Passwords can only be a maximum of 20 characters long."_s},
+    };
+    for (const Refusal& refusal : refusals) {
+        const std::optional<Notice> box = apply_password_setup(*state, refusal.entries);
+        ASSERT_TRUE(box.has_value());
+        EXPECT_EQ(box->title, refusal.title);
+        EXPECT_EQ(box->text, refusal.text);
+    }
+    EXPECT_TRUE(state->admin_password.isEmpty());
+    EXPECT_TRUE(state->settings.get_setting_text(setting_keys::security::admin_password).isEmpty());
+
+    // Trimmed, kept in clear in memory, encoded in the saved settings.
+    const PasswordSetupEntries entries{u" boss"_s, u"boss "_s, {}, {}, u"aA"_s, u"aA"_s};
+    EXPECT_FALSE(apply_password_setup(*state, entries).has_value());
+    EXPECT_EQ(state->admin_password, u"boss"_s);
+    EXPECT_EQ(state->user_password, u"aA"_s);
+    SettingsStore saved;
+    saved.load_global(state->global_db);
+    EXPECT_EQ(saved.get_setting_text(setting_keys::security::admin_password), encode_password(u"boss"_s));
+    EXPECT_EQ(saved.get_setting_text(setting_keys::security::super_password), QString());
+    EXPECT_EQ(saved.get_setting_text(setting_keys::security::user_password), u"130134"_s);
 }
 
 } // namespace
