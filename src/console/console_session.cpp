@@ -9,7 +9,11 @@
 #include "console/frm_info.h"
 #include "console/frm_monitor.h"
 #include "console/frm_more_presets.h"
+#include "console/frm_password_setup.h"
+#include "console/frm_spell_check.h"
+#include "console/help_viewer.h"
 #include "console/preset_form.h"
+#include "console/program_icon.h"
 #include "console/send_form.h"
 #include "core/app_state.h"
 
@@ -38,6 +42,7 @@ int ConsoleSession::run(AppState& state)
     m_context = std::make_unique<ConsoleContext>(ConsoleContext{state, m_shared, m_windows, m_activity, nullptr, {}});
     addressbook::load_presets(state, m_shared.presets);
     wire_doors();
+    QApplication::setWindowIcon(program_icon());
     send_form& form = m_windows.open<send_form>(*m_context, m_starter);
     m_context->send_form = &form;
     m_prompter.set_parent_window(&form);
@@ -85,6 +90,12 @@ void ConsoleSession::wire_doors()
     doors.failure_warning = [&context] { run_modal<frmFailureWarning>(context); };
     doors.folders = [&context] { run_modal<frmFolders>(context); };
     doors.about = [&context] { run_modal<about_form>(context); };
+    doors.password_setup = [&context] { run_modal<frmPasswordSetup>(context); };
+    doors.check_spelling = [&context](const QString& text) {
+        return check_spelling(context, &context.send_form->window(), text);
+    };
+    doors.help_contents = [&context] { help_contents(context); };
+    doors.help_website = [&context] { help_website(context); };
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);

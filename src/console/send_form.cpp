@@ -4,6 +4,7 @@
 #include "console/busy_lock.h"
 #include "console/controls.h"
 #include "console/geometry.h"
+#include "console/program_icon.h"
 #include "console/window_owner.h"
 #include "core/app_state.h"
 #include "desk/send_form_rules.h"
@@ -63,7 +64,7 @@ send_form::send_form(ConsoleContext& context, engine_link::EngineStarter starter
 {
     setObjectName(u"send_form"_s);
     setWindowTitle(kCaption);
-    setWindowIcon(QIcon::fromTheme(u"corvane-desk"_s, style()->standardIcon(QStyle::SP_MessageBoxInformation)));
+    setWindowIcon(program_icon());
     build_controls();
     build_menu();
     build_main_toolbar();
