@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QSet>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -30,6 +31,10 @@ QSet<QString>& damaged_files()
 
 bool known_damaged(const QString& path)
 {
+    // Nearly every run finds none; the canonical path would cost a walk up the whole folder chain.
+    if (damaged_files().isEmpty()) {
+        return false;
+    }
     const QString canonical = QFileInfo(path).canonicalFilePath();
     return !canonical.isEmpty() && damaged_files().contains(canonical);
 }
@@ -42,15 +47,32 @@ void remember_damaged(const QString& path)
     }
 }
 
+// A connection freshly opened and checked, with what the check found.
+struct CheckedDatabase
+{
+    store::Database db;
+    bool current = false; // of the current layout and version, so that rows may be added to it
+};
+
 // Opens and checks one database file. Throws store::Error for a file that is not ours.
-store::Database open_checked(const QString& path, bool global)
+CheckedDatabase open_checked(const QString& path, bool global)
 {
     // What the global database acknowledges must survive a power cut: the queue's rows are promises to other
     // programs. The user database holds only settings, and may lose its last commits.
-    store::Database db =
+    CheckedDatabase checked{
         store::Database::open(path, store::Database::OpenMode::Existing,
-                              global ? store::Database::Durability::Full : store::Database::Durability::Normal);
-    const store::FileKind kind = store::classify(db);
+                              global ? store::Database::Durability::Full : store::Database::Durability::Normal)};
+    store::Database& db = checked.db;
+    std::optional<int> version;
+    store::FileKind kind = store::FileKind::Foreign;
+    {
+        // One snapshot for all the questions, rather than one per statement; it writes nothing.
+        store::ReadTransaction snapshot(db);
+        kind = store::classify(db);
+        if (kind == store::FileKind::Global || kind == store::FileKind::OldLayout) {
+            version = store::stored_version(db);
+        }
+    }
     const bool ours = global ? (kind == store::FileKind::Global || kind == store::FileKind::OldLayout)
                              : kind == store::FileKind::User;
     if (!ours) {
@@ -59,19 +81,21 @@ store::Database open_checked(const QString& path, bool global)
     }
     // Shared mode writes to the file; a file from a newer program or of the oldest layout waits for the
     // version steps of start-up, which may refuse it.
-    const bool current_or_older =
-        kind == store::FileKind::User || store::stored_version(db).value_or(0) <= store::kDatabaseVersion;
+    const bool current_or_older = kind == store::FileKind::User || version.value_or(0) <= store::kDatabaseVersion;
     if (kind != store::FileKind::OldLayout && current_or_older) {
         db.enable_wal();
     }
-    return db;
+    checked.current = kind == store::FileKind::Global && version == store::kDatabaseVersion;
+    return checked;
 }
 
-void open_one(AppState& state, store::Database& slot, const QString& path, bool global)
+// Opens the database into `slot` unless it is open already. Returns what the check of a freshly opened file
+// found, and nullopt when the connection was open before.
+std::optional<bool> open_one(AppState& state, store::Database& slot, const QString& path, bool global)
 {
     state.clear_error_counters();
     if (slot.is_open()) {
-        return;
+        return std::nullopt;
     }
     if (known_damaged(path)) {
         with_retry(state, global ? kGlobalProcedure : kUserProcedure, [&] {
@@ -82,8 +106,11 @@ void open_one(AppState& state, store::Database& slot, const QString& path, bool 
         with_retry(state, global ? u"Procedure: CreateNewGlobalDatabase "_s : u"Procedure: CreateNewUserDatabase "_s,
                    [&] { global ? store::create_global_database(path) : store::create_user_database(path); });
     }
-    slot = with_retry(state, global ? kGlobalProcedure : kUserProcedure, [&] { return open_checked(path, global); });
+    CheckedDatabase checked =
+        with_retry(state, global ? kGlobalProcedure : kUserProcedure, [&] { return open_checked(path, global); });
+    slot = std::move(checked.db);
     yield_to_event_loop();
+    return checked.current;
 }
 
 } // namespace
@@ -101,6 +128,13 @@ QString user_db_path(const AppState& state)
 void open_database(AppState& state)
 {
     open_one(state, state.global_db, global_db_path(state), true);
+}
+
+bool open_current_database(AppState& state)
+{
+    // A file just opened was checked as it was opened; asking again would read the schema twice.
+    const std::optional<bool> current = open_one(state, state.global_db, global_db_path(state), true);
+    return current ? *current : global_db_is_current(state);
 }
 
 void open_user_database(AppState& state)

@@ -53,4 +53,7 @@ QString abandon_damaged_database(AppState& state, const QString& file);
 // A file that still needs a conversion, or one from a newer program, is not written to by the intake paths.
 bool global_db_is_current(AppState& state);
 
+// open_database, then global_db_is_current, with the schema read once when the file is opened here.
+bool open_current_database(AppState& state);
+
 } // namespace cvd

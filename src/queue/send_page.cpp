@@ -39,7 +39,7 @@ const QString kProcedure = u"Procedure: SendPage"_s;
 SendPageResult enqueue(AppState& state, const MessageLine& parts)
 {
     SendPageResult result;
-    if (!global_db_is_current(state)) {
+    if (!open_current_database(state)) {
         result.reason = u"the database must be brought up to date by starting the program first"_s;
         return result;
     }
@@ -66,7 +66,6 @@ SendPageResult SendPage(AppState& state, const QString& line)
     if (!parts) {
         return result;
     }
-    open_database(state);
     result = enqueue(state, *parts);
     close_database(state);
     return result;

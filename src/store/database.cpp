@@ -448,4 +448,23 @@ void Transaction::commit()
     m_done = true;
 }
 
+// ---- ReadTransaction ----
+
+ReadTransaction::ReadTransaction(Database& db) : m_db(db)
+{
+    m_db.exec(u"BEGIN"_s);
+}
+
+ReadTransaction::~ReadTransaction()
+{
+    // A read transaction has nothing to keep; ending it only gives up the snapshot and its lock.
+    if (m_db.in_transaction()) {
+        try {
+            m_db.exec(u"ROLLBACK"_s);
+        } catch (const Error&) {
+            // Closing the connection ends it as well.
+        }
+    }
+}
+
 } // namespace cvd::store

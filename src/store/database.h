@@ -183,4 +183,18 @@ private:
     bool m_done = false;
 };
 
+// BEGIN (deferred) on construction, ended on destruction: the reads in between see one snapshot and take the
+// file's read lock once instead of once per statement. Nothing is written to the file.
+class ReadTransaction
+{
+public:
+    explicit ReadTransaction(Database& db);
+    ~ReadTransaction();
+    ReadTransaction(const ReadTransaction&) = delete;
+    ReadTransaction& operator=(const ReadTransaction&) = delete;
+
+private:
+    Database& m_db;
+};
+
 } // namespace cvd::store

@@ -119,8 +119,7 @@ int compact(AppState& state, QTextStream& out, QTextStream& err)
         err << "cvdctl db compact: Corvane Desk is running; stop it first (cvdctl stop)\n";
         return kFailed;
     }
-    open_database(state);
-    if (!global_db_is_current(state)) {
+    if (!open_current_database(state)) {
         err << "cvdctl db compact: the database is not at this program's version; it is left as it is\n";
         return kFailed;
     }

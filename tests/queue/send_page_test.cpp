@@ -118,6 +118,7 @@ TEST_F(SendPageTest, AnUnknownRecipientABrokenLineOrADatabaseOfAnotherVersionAdd
 
     open_database(*state);
     db().exec(u"UPDATE cv_settings SET cv_value = '502' WHERE cv_category = 'database' AND cv_name = 'version'"_s);
+    EXPECT_FALSE(open_current_database(*state)); // open before: asked again, not taken from its opening
     db().close();
     EXPECT_FALSE(SendPage(*state, u"bob ops x"_s).inserted); // a good line, but not ours to write
     EXPECT_EQ(message_count(), 0);
