@@ -1,6 +1,7 @@
 #include "support/test_environment.h"
 
 #include <QDir>
+#include <QFile>
 
 using namespace Qt::StringLiterals;
 
@@ -11,6 +12,8 @@ TestEnvironment::TestEnvironment()
     for (const char* folder : {"program", "registry", "runtime", "common", "data", "state"}) {
         QDir(m_dir.path()).mkpath(QString::fromLatin1(folder));
     }
+    // Qt wants the runtime folder private, as the desktop makes it, and says so on stderr otherwise.
+    QFile::setPermissions(runtime_dir(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     m_environment.set("CVD_COMMON_APPDATA", path(u"common"_s));
     m_environment.set("XDG_DATA_HOME", path(u"data"_s));
     m_environment.set("XDG_STATE_HOME", path(u"state"_s));
