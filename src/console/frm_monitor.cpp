@@ -126,8 +126,11 @@ void frmMonitor::closeEvent(QCloseEvent* event)
 {
     // Only the operator's own close counts as putting the monitor away. When the program ends the windows are
     // closed in code, and the monitor must come back at the next start as it was.
+    // Its place is kept either way while it is shown in its normal state (save_geometry checks the state).
     if (event->spontaneous()) {
         store_closing();
+    } else if (isVisible()) {
+        save_geometry(*this, m_context.state.settings, kGeometryPrefix);
     }
     QWidget::closeEvent(event);
 }

@@ -127,11 +127,14 @@ TEST_F(Companions, MonitorKeepsTheNewestLinesAndARightClickTogglesAutoscroll)
     EXPECT_EQ(log_box.item(0)->text(), u"line 2"_s);
     EXPECT_EQ(log_box.currentItem()->text(), u"line 501"_s);
 
-    // The program's end closes it in code: it comes back at the next start. The operator's close puts it away.
+    // The program's end closes it in code: its place is kept and it comes back at the next start. The
+    // operator's close puts it away.
+    monitor.show();
     monitor.close();
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(send_form.monitor_closings, 0);
     EXPECT_EQ(state->settings.get_setting_flag(kVisible), -1);
+    EXPECT_GT(state->settings.get_setting_long({u"display", u"connection_monitor_width"}), 0);
     auto& again = windows.open<console::frmMonitor>(*context);
     EXPECT_EQ(control<QListWidget>(again, "log_box").count(), 500);
     QCloseEvent close;
