@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QFormLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QMenu>
@@ -44,6 +45,13 @@ QString own_caption(const QWidget& control)
 }
 
 } // namespace
+
+void add_labelled_row(QFormLayout& form, QWidget* window, const char* label_name, const QString& caption, QWidget* box)
+{
+    auto* label = make_control<QLabel>(window, label_name, caption);
+    label->setBuddy(box);
+    form.addRow(label, box);
+}
 
 void publish_accessibility(QWidget& window)
 {

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QWidget>
 
+class QFormLayout;
+
 namespace cvd::console {
 
 // Creates a control with its name from the window's design as objectName, so that tests, readers and
@@ -14,6 +16,10 @@ Control* make_control(QWidget* parent, const char* object_name, Args&&... args)
     control->setObjectName(QString::fromLatin1(object_name));
     return control;
 }
+
+// A row of a form: a label named `label_name` with the caption, standing for the box (its buddy), so that the
+// box's accessible name is the label's caption.
+void add_labelled_row(QFormLayout& form, QWidget* window, const char* label_name, const QString& caption, QWidget* box);
 
 // Gives every control of the window the caption an operator sees for it as accessible name (a button's or
 // label's text without its "&", a group's title, the label that names a box through its buddy, a tooltip

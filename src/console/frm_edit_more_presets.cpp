@@ -38,14 +38,9 @@ frmEditMorePresets::frmEditMorePresets(ConsoleContext& context, int preset_numbe
     btnCancel = make_control<QPushButton>(this, "btnCancel", u"&Close"_s);
 
     auto* form = new QFormLayout;
-    const auto add_row = [&](const char* label_name, const QString& caption, QWidget* box) {
-        auto* label = make_control<QLabel>(this, label_name, caption);
-        label->setBuddy(box);
-        form->addRow(label, box);
-    };
-    add_row("lblDescription", u"&Description"_s, txtDescription);
-    add_row("lblMessage", u"&Message"_s, txtMessage);
-    add_row("lblRecipient", u"&Recipient (optional)"_s, lstRecipient);
+    add_labelled_row(*form, this, "lblDescription", u"&Description"_s, txtDescription);
+    add_labelled_row(*form, this, "lblMessage", u"&Message"_s, txtMessage);
+    add_labelled_row(*form, this, "lblRecipient", u"&Recipient (optional)"_s, lstRecipient);
     auto* buttons = new QDialogButtonBox(this);
     buttons->addButton(btnAccept, QDialogButtonBox::AcceptRole);
     buttons->addButton(btnCancel, QDialogButtonBox::RejectRole);

@@ -32,14 +32,9 @@ preset_form::preset_form(ConsoleContext& context, int preset_number, QWidget* pa
     close_button = make_control<QPushButton>(this, "close", u"&Close"_s);
 
     auto* form = new QFormLayout;
-    const auto add_row = [&](const char* label_name, const QString& caption, QWidget* box) {
-        auto* label = make_control<QLabel>(this, label_name, caption);
-        label->setBuddy(box);
-        form->addRow(label, box);
-    };
-    add_row("lblButtonText", u"&Button Text"_s, fbutton);
-    add_row("lblMessage", u"&Message"_s, preset_text);
-    add_row("lblRecipient", u"&Recipient (optional)"_s, lstRecipient);
+    add_labelled_row(*form, this, "lblButtonText", u"&Button Text"_s, fbutton);
+    add_labelled_row(*form, this, "lblMessage", u"&Message"_s, preset_text);
+    add_labelled_row(*form, this, "lblRecipient", u"&Recipient (optional)"_s, lstRecipient);
     auto* buttons = new QDialogButtonBox(this);
     buttons->addButton(apply_button, QDialogButtonBox::AcceptRole);
     buttons->addButton(close_button, QDialogButtonBox::RejectRole);
