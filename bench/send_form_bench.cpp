@@ -66,7 +66,7 @@ void BM_ShowUsersTenThousand(benchmark::State& bench)
     cvd::console::ConsoleState shared;
     cvd::console::WindowOwner windows;
     cvd::console::ActivityLog activity;
-    cvd::console::ConsoleContext context{fixture.state, shared, windows, activity, nullptr, {}};
+    cvd::console::ConsoleContext context{fixture.state, shared, windows, activity, nullptr, {}, {}};
     cvd::console::send_form window(context, [](const QString&, const QStringList&) {});
     for (auto _ : bench) {
         window.show_users();

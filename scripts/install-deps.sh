@@ -4,13 +4,14 @@ set -euo pipefail
 
 packages=(
     cmake ninja-build g++ pkg-config
-    qt6-base-dev
+    qt6-base-dev qt6-serialport-dev
     libsqlite3-dev sqlite3
     libenchant-2-dev hunspell-en-us
     libgtest-dev libgmock-dev libbenchmark-dev
     util-linux
     clang-format clang-tidy
     xvfb xauth xdotool imagemagick
+    socat openssl
 )
 
 missing=()

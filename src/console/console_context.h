@@ -2,6 +2,7 @@
 
 #include "addressbook/pickers.h"
 #include "addressbook/presets.h"
+#include "console/window_catalog.h"
 #include "queue/schedule_selection.h"
 
 #include <QList>
@@ -34,6 +35,19 @@ struct ConsoleState
     addressbook::PresetTable presets;
 
     queue::ScheduleSelection schedule;
+
+    // The name chosen in one window for the next (list_groups, the group and roster windows, the pickers).
+    QString selected_name;
+    // The roster window was opened from add_group (true) or edit_group (false).
+    bool oncall_from_add = false;
+    // frmMessageDetail: the window that asked (1 sched_form, 2 pending_form, 3 sent_form, 4 bad_form, 5 log_form)
+    // and the cv_message_id of the row it showed selected.
+    int detail_source = 0;
+    qint64 detail_message_id = 0;
+    // frmFind: the log it searches, 1 modem_log_form, 2 log_form.
+    int find_target = 0;
+    // The report a menu entry asked for (1 to 23 frmReports, 31 to 33 frmRecipientList).
+    int report_type = 0;
 };
 
 // What the other windows ask of the send window, without including it.
@@ -56,6 +70,10 @@ public:
     virtual void monitor_closed() = 0;
     // The counters again, now, as the closing of the failure warning asks.
     virtual void update_counters() = 0;
+    // A stored message loaded for sending anew (Copy and Edit of the folders and the history): the lists are
+    // rebuilt, every unpicked entry whose name is `recipient` is picked, and `text` becomes the message. False,
+    // with the message left alone, when the rebuilt unpicked list is empty.
+    virtual bool load_message(const QString& recipient, const QString& text) = 0;
 };
 
 // The send window's doors to the other windows. The session fills them in, so that no window includes
@@ -91,6 +109,8 @@ struct ConsoleContext
     ActivityLog& activity;
     SendFormPort* send_form = nullptr; // set once the send window exists
     WindowDoors doors;
+    // The windows of the menu and of other windows' buttons, by entry name.
+    WindowCatalog catalog;
 };
 
 } // namespace cvd::console

@@ -39,7 +39,8 @@ ConsoleSession::~ConsoleSession() = default;
 
 int ConsoleSession::run(AppState& state)
 {
-    m_context = std::make_unique<ConsoleContext>(ConsoleContext{state, m_shared, m_windows, m_activity, nullptr, {}});
+    m_context =
+        std::make_unique<ConsoleContext>(ConsoleContext{state, m_shared, m_windows, m_activity, nullptr, {}, {}});
     addressbook::load_presets(state, m_shared.presets);
     wire_doors();
     QApplication::setWindowIcon(program_icon());
@@ -96,6 +97,9 @@ void ConsoleSession::wire_doors()
     };
     doors.help_contents = [&context] { help_contents(context); };
     doors.help_website = [&context] { help_website(context); };
+    // The windows of the menu's later entries, family by family; each adds its entries to the catalog.
+    doors.has_window = [&context](const QString& entry) { return context.catalog.has(entry); };
+    doors.open_window = [&context](const QString& entry) { context.catalog.open(entry); };
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);

@@ -54,6 +54,7 @@ public:
     void update_prog_captions() override;
     void monitor_closed() override;
     void update_counters() override;
+    bool load_message(const QString& recipient, const QString& text) override;
 
     // ConsoleView.
     void set_counter_panel(int panel, const QString& text) override;

@@ -237,6 +237,23 @@ void send_form::use_preset(const addressbook::Preset& preset)
     message->setFocus();
 }
 
+bool send_form::load_message(const QString& recipient, const QString& text)
+{
+    show_users();
+    if (m_unpicked_entries.isEmpty()) {
+        return false;
+    }
+    // From the back, so that the entries still to move keep their rows.
+    for (auto row = m_unpicked_entries.size() - 1; row >= 0; --row) {
+        if (trim_blanks(m_unpicked_entries.at(row).key) == recipient) {
+            move_entry(true, static_cast<int>(row));
+        }
+    }
+    message->setPlainText(text);
+    message->moveCursor(QTextCursor::End);
+    return true;
+}
+
 void send_form::update_prog_captions()
 {
     for (std::size_t i = 0; i < m_prog_buttons.size(); ++i) {

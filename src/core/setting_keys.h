@@ -13,6 +13,10 @@ inline constexpr SettingKey rebuild_index{u"database", u"rebuild_index"};
 
 namespace connector {
 inline constexpr SettingKey retry_interval{u"connector", u"retry_interval"};
+// The endpoints the port scan tries ("host" or "host:port"); empty leaves that test out.
+inline constexpr SettingKey scan_smtp_host{u"connector", u"scan_smtp_host"};
+inline constexpr SettingKey scan_wctp_host{u"connector", u"scan_wctp_host"};
+inline constexpr SettingKey scan_snpp_host{u"connector", u"scan_snpp_host"};
 } // namespace connector
 
 namespace security {

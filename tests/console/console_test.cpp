@@ -9,7 +9,7 @@ void ConsoleTest::SetUp()
 {
     DatabaseTest::SetUp();
     context = std::make_unique<console::ConsoleContext>(
-        console::ConsoleContext{*state, shared, windows, activity, &send_form, {}});
+        console::ConsoleContext{*state, shared, windows, activity, &send_form, {}, {}});
 }
 
 void ConsoleTest::TearDown()

@@ -24,6 +24,11 @@ public:
     void update_prog_captions() override { ++prog_caption_updates; }
     void monitor_closed() override { ++monitor_closings; }
     void update_counters() override { ++counter_updates; }
+    bool load_message(const QString& recipient, const QString& text) override
+    {
+        loaded_messages.append({recipient, text});
+        return load_message_result;
+    }
 
     int show_users_calls = 0;
     QList<addressbook::PickerEntry> unpicked;
@@ -31,6 +36,8 @@ public:
     int prog_caption_updates = 0;
     int monitor_closings = 0;
     int counter_updates = 0;
+    QList<std::pair<QString, QString>> loaded_messages; // recipient, text
+    bool load_message_result = true;
 
 private:
     QWidget m_window;
