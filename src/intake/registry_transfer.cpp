@@ -11,6 +11,7 @@
 #include "store/unique.h"
 
 #include <QCoreApplication>
+#include <QSet>
 #include <cstdio>
 #include <optional>
 
@@ -31,19 +32,38 @@ QString runtime_file(const QString& runtime_dir, const char* name)
     return folder + QLatin1StringView(name);
 }
 
-// Rebuilds one list key with a numeric 0 value per name the query gives. Every failure is passed over.
+// Brings one list key to a numeric 0 value per name the query gives. Only the difference is written: a start
+// with ten thousand recipients would otherwise delete and write ten thousand files each time, and a reader
+// never sees the list empty in between. Only this program writes these values, so one whose name is there
+// already is kept as it is. Every failure is passed over: the list is left with the names read until then.
 void publish_names(AppState& state, const QString& key, const QString& sql)
 {
-    state.registry.delete_key(kHive, key);
-    state.registry.create_key(kHive, key);
+    QSet<QString> wanted;
+    QStringList in_order;
     try {
         store::Statement select = state.global_db.prepare(sql);
         while (select.step()) {
             const QString name = select.text(0).value_or(QString());
-            state.registry.write_number(kHive, key, name, 0);
+            if (!wanted.contains(name)) {
+                wanted.insert(name);
+                in_order.append(name);
+            }
         }
     } catch (const store::Error&) {
         // The lists are a courtesy to other programs: a failure leaves them short and nothing more.
+    }
+    state.registry.create_key(kHive, key);
+    const QStringList present = state.registry.value_names(kHive, key);
+    const QSet<QString> already(present.cbegin(), present.cend());
+    for (const QString& name : present) {
+        if (!wanted.contains(name)) {
+            state.registry.delete_value(kHive, key, name);
+        }
+    }
+    for (const QString& name : in_order) {
+        if (!already.contains(name)) {
+            state.registry.write_number(kHive, key, name, 0);
+        }
     }
 }
 

@@ -152,6 +152,11 @@ TEST_F(RegistryTransferTest, PublishingRebuildsThePlainAndTheGroupList)
         }
     }
 
+    // Again after a change: the name that went is gone, the new one is there, the rest stays.
+    state->global_db.exec(u"UPDATE cv_recipients SET cv_name = 'Carol' WHERE cv_name = 'alice'"_s);
+    publish_recipients(*state);
+    EXPECT_EQ(registry().value_names(kHive, recipients_key()), (QStringList{u"Bob"_s, u"Carol"_s}));
+
     // A database failure is passed over: the key is rebuilt empty and nobody is told.
     state->global_db.close();
     publish_recipients(*state);
