@@ -97,6 +97,7 @@ frmDisplayOptions::frmDisplayOptions(ConsoleContext& context, QWidget* parent) :
     layout->addLayout(switches);
     layout->addLayout(frames);
     layout->addLayout(labels);
+    layout->addSpacing(fontMetrics().height() / 2);
     layout->addLayout(buttons);
     publish_accessibility(*this);
     adjustSize();

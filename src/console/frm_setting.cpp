@@ -70,6 +70,7 @@ frmSetting::frmSetting(ConsoleContext& context, QWidget* parent) : QDialog(paren
     buttons->addWidget(btnClose);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
+    layout->addSpacing(fontMetrics().height() / 2);
     layout->addLayout(buttons);
     setMinimumWidth(fontMetrics().averageCharWidth() * 52);
     publish_accessibility(*this);

@@ -68,6 +68,7 @@ modem_setup::modem_setup(ConsoleContext& context, QWidget* parent) : QDialog(par
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addWidget(fraScan);
+    layout->addSpacing(fontMetrics().height() / 2);
     layout->addLayout(buttons);
     setMinimumWidth(digit * 52);
     publish_accessibility(*this);

@@ -65,6 +65,7 @@ setup_form::setup_form(ConsoleContext& context, QWidget* parent) : QDialog(paren
     buttons->addWidget(bye);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
+    layout->addSpacing(fontMetrics().height() / 2);
     layout->addLayout(buttons);
     setMinimumWidth(fontMetrics().averageCharWidth() * 60);
 
