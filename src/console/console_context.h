@@ -74,6 +74,9 @@ public:
     // rebuilt, every unpicked entry whose name is `recipient` is picked, and `text` becomes the message. False,
     // with the message left alone, when the rebuilt unpicked list is empty.
     virtual bool load_message(const QString& recipient, const QString& text) = 0;
+    // The display settings again, at once: the message's length limit, the lists' font and what the settings
+    // hide. The lists themselves are rebuilt by show_users.
+    virtual void apply_display_options() = 0;
 };
 
 // The send window's doors to the other windows. The session fills them in, so that no window includes

@@ -211,16 +211,22 @@ bool send_form::load(QString* error)
         m_loop.reset();
         return false;
     }
-    const bool small = settings.get_setting_flag(desk::keys::small_font) != 0;
-    unpicked->setFont(list_font(small));
-    picked->setFont(list_font(small));
     m_mouse_used = false;
-    m_max_length = settings.get_setting_long(desk::keys::max_msg_length);
-    apply_settings_hides();
-    lay_out();
+    apply_display_options();
     update_prog_captions();
     show_users();
     return true;
+}
+
+void send_form::apply_display_options()
+{
+    SettingsStore& settings = m_context.state.settings;
+    const bool small = settings.get_setting_flag(desk::keys::small_font) != 0;
+    unpicked->setFont(list_font(small));
+    picked->setFont(list_font(small));
+    m_max_length = settings.get_setting_long(desk::keys::max_msg_length);
+    apply_settings_hides();
+    lay_out();
 }
 
 void send_form::apply_first_run_geometry()

@@ -55,6 +55,7 @@ public:
     void monitor_closed() override;
     void update_counters() override;
     bool load_message(const QString& recipient, const QString& text) override;
+    void apply_display_options() override;
 
     // ConsoleView.
     void set_counter_panel(int panel, const QString& text) override;

@@ -29,6 +29,7 @@ public:
         loaded_messages.append({recipient, text});
         return load_message_result;
     }
+    void apply_display_options() override { ++display_applications; }
 
     int show_users_calls = 0;
     QList<addressbook::PickerEntry> unpicked;
@@ -38,6 +39,7 @@ public:
     int counter_updates = 0;
     QList<std::pair<QString, QString>> loaded_messages; // recipient, text
     bool load_message_result = true;
+    int display_applications = 0;
 
 private:
     QWidget m_window;
