@@ -142,6 +142,20 @@ std::optional<Notice> refuse_carrier_name(const QString& name, bool is_edit,
     return std::nullopt;
 }
 
+QString carrier_dialog_caption(bool is_edit, bool advanced)
+{
+    const QString caption = is_edit ? QStringLiteral("Edit Carrier") : QStringLiteral("Add Carrier");
+    return advanced ? caption + QStringLiteral(" - Advanced") : caption;
+}
+
+CarrierListCaptions carrier_list_captions(bool edit_mode)
+{
+    if (edit_mode) {
+        return {QStringLiteral("Edit Carrier"), QStringLiteral("&Edit")};
+    }
+    return {QStringLiteral("Delete Carrier"), QStringLiteral("&Delete")};
+}
+
 Notice apply_done_notice(bool is_edit)
 {
     if (is_edit) {

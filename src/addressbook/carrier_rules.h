@@ -63,6 +63,19 @@ bool is_carrier_name_character(QChar ch);
 std::optional<Notice> refuse_carrier_name(const QString& name, bool is_edit,
                                           const std::function<bool(const QString&)>& carrier_exists);
 
+// The carrier dialog's caption: "Add Carrier" or "Edit Carrier", with " - Advanced" on an Advanced frame.
+QString carrier_dialog_caption(bool is_edit, bool advanced);
+
+// The carrier list's caption and the caption of its action button in its two modes.
+struct CarrierListCaptions
+{
+    QString title;  // "Edit Carrier" or "Delete Carrier"
+    QString action; // "&Edit" or "&Delete"
+
+    bool operator==(const CarrierListCaptions&) const = default;
+};
+CarrierListCaptions carrier_list_captions(bool edit_mode);
+
 // The box shown after a stored Apply.
 Notice apply_done_notice(bool is_edit);
 

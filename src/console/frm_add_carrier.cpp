@@ -1,5 +1,6 @@
 #include "console/frm_add_carrier.h"
 
+#include "addressbook/carrier_rules.h"
 #include "addressbook/carriers_store.h"
 #include "console/busy_lock.h"
 #include "console/console_context.h"
@@ -156,11 +157,8 @@ void frmAddCarrier::show_advanced(bool advanced)
 
 void frmAddCarrier::update_caption()
 {
-    QString caption = m_is_edit ? u"Edit Carrier"_s : u"Add Carrier"_s;
-    if (tabCarrier->currentIndex() >= addressbook::protocol_count) {
-        caption += u" - Advanced"_s;
-    }
-    setWindowTitle(caption);
+    setWindowTitle(
+        addressbook::carrier_dialog_caption(m_is_edit, tabCarrier->currentIndex() >= addressbook::protocol_count));
 }
 
 void frmAddCarrier::on_apply()

@@ -128,6 +128,7 @@ QComboBox* make_list(QWidget* parent, const QByteArray& name, const QStringList&
     if (takes_typing) {
         // Typed text is the box's value, never a new entry of the list.
         list->setInsertPolicy(QComboBox::NoInsert);
+        list->setMinimumContentsLength(8); // room for a typed number wider than the entries
     }
     return list;
 }

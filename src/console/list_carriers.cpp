@@ -1,5 +1,6 @@
 #include "console/list_carriers.h"
 
+#include "addressbook/carrier_rules.h"
 #include "addressbook/carriers_store.h"
 #include "console/busy_lock.h"
 #include "console/console_context.h"
@@ -22,9 +23,10 @@ namespace cvd::console {
 list_carriers::list_carriers(ConsoleContext& context, bool edit_mode, QWidget* parent)
     : QDialog(parent), m_context(context), m_edit_mode(edit_mode)
 {
-    setWindowTitle(m_edit_mode ? u"Edit Carrier"_s : u"Delete Carrier"_s);
+    const addressbook::CarrierListCaptions captions = addressbook::carrier_list_captions(m_edit_mode);
+    setWindowTitle(captions.title);
     lstCarriers = make_control<QListWidget>(this, "lstCarriers");
-    btnEdit = make_control<QPushButton>(this, "btnEdit", m_edit_mode ? u"&Edit"_s : u"&Delete"_s);
+    btnEdit = make_control<QPushButton>(this, "btnEdit", captions.action);
     btnClose = make_control<QPushButton>(this, "btnClose", u"&Close"_s);
     btnEdit->setDefault(true);
 
