@@ -164,6 +164,11 @@ Notice apply_done_notice(bool is_edit)
     return {QStringLiteral("Carrier record added"), QStringLiteral("Carrier Added")};
 }
 
+Notice edited_carrier_gone_notice()
+{
+    return {QStringLiteral("The carrier no longer exists; nothing was stored"), QStringLiteral("Unable to Update")};
+}
+
 std::optional<Notice> refuse_carrier_delete(bool used_by_recipients, bool has_unsent_messages)
 {
     // The two titles are spelt differently, and the table's name stands in the second text; both are kept

@@ -79,6 +79,10 @@ CarrierListCaptions carrier_list_captions(bool edit_mode);
 // The box shown after a stored Apply.
 Notice apply_done_notice(bool is_edit);
 
+// The box of an edit whose row another console deleted while the dialog stood open: nothing is stored, and
+// the dialog stays open for Close.
+Notice edited_carrier_gone_notice();
+
 // The delete checks, in their order: a recipient that uses the carrier refuses whatever the messages are;
 // then an unsent message for it. Sent messages do not count. nullopt when the row may be deleted.
 std::optional<Notice> refuse_carrier_delete(bool used_by_recipients, bool has_unsent_messages);

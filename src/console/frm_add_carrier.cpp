@@ -169,9 +169,10 @@ void frmAddCarrier::on_apply()
     {
         BusyLock lock(*this);
         outcome = addressbook::apply_carrier(m_context.state, frame_values(frame), m_is_edit, m_carrier_name);
-        if (outcome.notice) {
-            m_context.state.prompter.show_box(*outcome.notice);
+        if (!outcome.stored && !outcome.notice) {
+            outcome.notice = addressbook::edited_carrier_gone_notice();
         }
+        m_context.state.prompter.show_box(*outcome.notice);
     }
     if (outcome.stored) {
         accept();

@@ -285,6 +285,15 @@ TEST_F(CarrierWindows, SwitchingProtocolInEditModeOverwritesTheWholeRow)
     CarrierRow expected{
         u"paging"_s, u"wctp.example"_s, u"80"_s, 160, u""_s, 0, 0, u"wct-0"_s, 0, u""_s, u""_s, false, u""_s, 100};
     EXPECT_EQ(row(u"paging"_s), expected);
+
+    // Deleted by another console while the dialog stood open: nothing comes back, the dialog stays.
+    console::frmAddCarrier stale(*context, true, u"paging"_s, &send_form.window());
+    stale.show();
+    ASSERT_FALSE(addressbook::delete_carrier(db(), u"paging"_s));
+    press_apply(stale);
+    EXPECT_NE(stale.result(), QDialog::Accepted);
+    EXPECT_EQ(env.prompter.box_titles().last(), u"Unable to Update"_s);
+    EXPECT_FALSE(row(u"paging"_s));
 }
 
 class CarrierList : public CarrierWindows
