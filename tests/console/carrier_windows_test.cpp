@@ -366,7 +366,11 @@ TEST_F(CarrierList, EditOpensTheChosenCarrierAndTheListIsReadAfresh)
         addressbook::delete_carrier(db(), u"done"_s); // another console meanwhile
         QTest::mouseClick(dialog.findChild<QPushButton*>(u"btnFaxSrvCancel"_s), Qt::LeftButton);
     });
-    press_on(list, u"idle"_s);
+    // A double click on the row does what Edit does.
+    auto* listed = list.findChild<QListWidget*>(u"lstCarriers"_s);
+    const QRect place = listed->visualItemRect(listed->findItems(u"idle"_s, Qt::MatchExactly).first());
+    QTest::mouseClick(listed->viewport(), Qt::LeftButton, {}, place.center());
+    QTest::mouseDClick(listed->viewport(), Qt::LeftButton, {}, place.center());
     EXPECT_EQ(title, u"Edit Carrier"_s);
     EXPECT_EQ(name, u"idle"_s);
     EXPECT_EQ(names(list), (QStringList{u"idle"_s, u"used"_s, u"waiting"_s}));
@@ -424,6 +428,38 @@ TEST_F(CarrierWindows, EveryKindRoundTripsThroughTheTextExchange)
     EXPECT_EQ(addressbook::list_carriers(target->global_db), source);
     ASSERT_EQ(source.size(), 9);
     EXPECT_EQ(addressbook::read_carrier(db(), u"k_eml"_s)->relay_mail, true);
+}
+
+} // namespace
+} // namespace cvd::testing
+
+namespace cvd::testing {
+namespace {
+
+TEST_F(CarrierList, MenuEntriesOpenTheirWindowsWhosePublishedNamesAreTheirCaptions)
+{
+    const std::pair<const char16_t*, const char16_t*> entries[] = {{u"carriers_add", u"Add Carrier"},
+                                                                   {u"carriers_edit", u"Edit Carrier"},
+                                                                   {u"carriers_delete", u"Delete Carrier"}};
+    for (const auto& [entry, title] : entries) {
+        const QString name = QString::fromUtf16(entry);
+        ASSERT_TRUE(context->catalog.has(name));
+        QString seen;
+        when_modal([&](QWidget& window) {
+            seen = window.windowTitle();
+            for (QWidget* control : window.findChildren<QWidget*>()) {
+                if (!control->objectName().isEmpty() && !control->objectName().startsWith(u"qt_"_s)) {
+                    EXPECT_EQ(control->accessibleDescription(), control->objectName());
+                }
+            }
+            window.close();
+        });
+        context->catalog.open(name);
+        EXPECT_EQ(seen, QString::fromUtf16(title));
+    }
+    console::frmAddCarrier dialog(*context, false, {}, &send_form.window());
+    EXPECT_EQ(carrier_box(dialog, u"txtTapPhoneNumber"_s).accessibleName(), u"Phone #"_s);
+    EXPECT_EQ(carrier_list(dialog, u"cmbWctpSendMethod"_s).accessibleName(), u"Send Method"_s);
 }
 
 } // namespace
