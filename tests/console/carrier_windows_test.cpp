@@ -82,6 +82,19 @@ TEST_F(CarrierWindows, NewCarrierStartsOnSmtpWithEachProtocolsDefaults)
     for (const char16_t* prefix : {u"Fax", u"FaxSrv", u"Gsmat", u"Smtp", u"Snpp", u"Tap", u"Tone", u"Ucp", u"Wctp"}) {
         EXPECT_EQ(shown(dialog, u"txt"_s + QString::fromUtf16(prefix) + u"Priority"_s), u"100"_s);
     }
+    // Which lists take typed text, and how many entries each offers (the modem lists keep their duplicates).
+    const std::tuple<const char16_t*, bool, int> lists[] = {
+        {u"cmbFaxInitString", true, 9}, {u"cmbToneInitString", true, 15}, {u"cmbGsmatInitString", true, 15},
+        {u"cmbTapBaud", true, 10},      {u"cmbFaxClass", true, 3},        {u"cmbSmtpPort", true, 4},
+        {u"cmbWctpPort", true, 2},      {u"cmbSnppPort", true, 1},        {u"cmbUcpParity", false, 3},
+        {u"cmbUcpStopBits", false, 3},  {u"cmbGsmatDataBits", false, 2},  {u"cmbWctpAuthType", false, 5},
+        {u"cmbSnppAuthType", false, 2}, {u"cmbWctpSendMethod", false, 2}, {u"cmbToneProtocol", false, 9},
+    };
+    for (const auto& [name, takes_typing, count] : lists) {
+        const QComboBox& list = carrier_list(dialog, QString::fromUtf16(name));
+        EXPECT_EQ(list.isEditable(), takes_typing) << QString::fromUtf16(name).toStdString();
+        EXPECT_EQ(list.count(), count) << QString::fromUtf16(name).toStdString();
+    }
     // SMTP's list keeps its own order, which is not the numeric one.
     QStringList smtp_auth;
     for (int i = 0; i < carrier_list(dialog, u"cmbSmtpAuthType"_s).count(); ++i) {
