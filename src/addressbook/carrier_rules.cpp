@@ -142,12 +142,31 @@ std::optional<Notice> refuse_carrier_name(const QString& name, bool is_edit,
     return std::nullopt;
 }
 
+QString carrier_dialog_caption(bool is_edit, bool advanced)
+{
+    const QString caption = is_edit ? QStringLiteral("Edit Carrier") : QStringLiteral("Add Carrier");
+    return advanced ? caption + QStringLiteral(" - Advanced") : caption;
+}
+
+CarrierListCaptions carrier_list_captions(bool edit_mode)
+{
+    if (edit_mode) {
+        return {QStringLiteral("Edit Carrier"), QStringLiteral("&Edit")};
+    }
+    return {QStringLiteral("Delete Carrier"), QStringLiteral("&Delete")};
+}
+
 Notice apply_done_notice(bool is_edit)
 {
     if (is_edit) {
         return {QStringLiteral("Carrier record updated"), QStringLiteral("Carrier Updated")};
     }
     return {QStringLiteral("Carrier record added"), QStringLiteral("Carrier Added")};
+}
+
+Notice edited_carrier_gone_notice()
+{
+    return {QStringLiteral("The carrier no longer exists; nothing was stored"), QStringLiteral("Unable to Update")};
 }
 
 std::optional<Notice> refuse_carrier_delete(bool used_by_recipients, bool has_unsent_messages)

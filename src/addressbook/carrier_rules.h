@@ -63,8 +63,25 @@ bool is_carrier_name_character(QChar ch);
 std::optional<Notice> refuse_carrier_name(const QString& name, bool is_edit,
                                           const std::function<bool(const QString&)>& carrier_exists);
 
+// The carrier dialog's caption: "Add Carrier" or "Edit Carrier", with " - Advanced" on an Advanced frame.
+QString carrier_dialog_caption(bool is_edit, bool advanced);
+
+// The carrier list's caption and the caption of its action button in its two modes.
+struct CarrierListCaptions
+{
+    QString title;  // "Edit Carrier" or "Delete Carrier"
+    QString action; // "&Edit" or "&Delete"
+
+    bool operator==(const CarrierListCaptions&) const = default;
+};
+CarrierListCaptions carrier_list_captions(bool edit_mode);
+
 // The box shown after a stored Apply.
 Notice apply_done_notice(bool is_edit);
+
+// The box of an edit whose row another console deleted while the dialog stood open: nothing is stored, and
+// the dialog stays open for Close.
+Notice edited_carrier_gone_notice();
 
 // The delete checks, in their order: a recipient that uses the carrier refuses whatever the messages are;
 // then an unsent message for it. Sent messages do not count. nullopt when the row may be deleted.

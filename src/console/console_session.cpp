@@ -2,6 +2,7 @@
 
 #include "addressbook/presets.h"
 #include "console/about_form.h"
+#include "console/carrier_windows.h"
 #include "console/control_map.h"
 #include "console/frm_adhoc.h"
 #include "console/frm_failure_warning.h"
@@ -102,6 +103,7 @@ void ConsoleSession::wire_doors()
     doors.has_window = [&context](const QString& entry) { return context.catalog.has(entry); };
     doors.open_window = [&context](const QString& entry) { context.catalog.open(entry); };
     register_setup_windows(context);
+    register_carrier_windows(context);
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);

@@ -145,6 +145,16 @@ TEST(CarrierRules, ApplyRefusesNamesInOrder)
     EXPECT_EQ(apply_done_notice(false), (Notice{u"Carrier record added"_s, u"Carrier Added"_s}));
 }
 
+TEST(CarrierRules, CaptionsFollowModeAndFrame)
+{
+    EXPECT_EQ(carrier_dialog_caption(false, false), u"Add Carrier"_s);
+    EXPECT_EQ(carrier_dialog_caption(false, true), u"Add Carrier - Advanced"_s);
+    EXPECT_EQ(carrier_dialog_caption(true, false), u"Edit Carrier"_s);
+    EXPECT_EQ(carrier_dialog_caption(true, true), u"Edit Carrier - Advanced"_s);
+    EXPECT_EQ(carrier_list_captions(true), (CarrierListCaptions{u"Edit Carrier"_s, u"&Edit"_s}));
+    EXPECT_EQ(carrier_list_captions(false), (CarrierListCaptions{u"Delete Carrier"_s, u"&Delete"_s}));
+}
+
 TEST(CarrierRules, NameCharactersAreDigitsAsciiLettersDotDashUnderscore)
 {
     QString allowed;
