@@ -22,6 +22,7 @@ constexpr SettingKey kExtra1Label{u"display", u"extra1_label"};
 constexpr SettingKey kExtra2Label{u"display", u"extra2_label"};
 
 constexpr int kBoxMinimumWidth = 300;
+constexpr int kButtonGap = 10;
 
 } // namespace
 
@@ -70,6 +71,7 @@ void GroupForm::build_layout()
     buttons->addWidget(btnClose);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(grid);
+    layout->addSpacing(kButtonGap);
     layout->addStretch();
     layout->addLayout(buttons);
 }

@@ -1,6 +1,11 @@
 // The recipient dialog and the recipient list: the frame follows the carrier, twins, flags and constants,
 // what Apply stores in both modes, and delete with its check.
+#include "console/add_group.h"
+#include "console/edit_group.h"
 #include "console/frm_add_recipient.h"
+#include "console/frm_group_members.h"
+#include "console/group_maint.h"
+#include "console/list_groups.h"
 #include "console/list_recipients.h"
 #include "console/recipient_windows.h"
 #include "console_test.h"
@@ -14,6 +19,7 @@
 #include <QStackedWidget>
 #include <QTest>
 #include <QTreeView>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -316,6 +322,36 @@ TEST_F(RecipientWindows, ListDeletesUnlessMessagesWaitAndEditsThroughTheDialog)
     context->catalog.open(u"recipients_edit"_s);
     EXPECT_EQ(stored(u"SELECT cv_full_name FROM cv_recipients WHERE cv_name = 'bob'"_s), QStringList{u"Robert"_s});
     EXPECT_EQ(send_form.show_users_calls, 2); // once by the dialog; the list in edit mode leaves it to the dialog
+}
+
+TEST_F(RecipientWindows, EveryWindowNamesItsControlsByCaptionAndObjectName)
+{
+    QWidget* parent = &send_form.window();
+    std::vector<std::unique_ptr<QWidget>> windows_under_test;
+    windows_under_test.push_back(std::make_unique<console::frmAddRecipient>(*context, false, QString(), parent));
+    windows_under_test.push_back(std::make_unique<console::list_recipients>(
+        *context, console::list_recipients::Mode::Edit, console::list_recipients::EditRecipient(), parent));
+    windows_under_test.push_back(std::make_unique<console::add_group>(*context, parent));
+    windows_under_test.push_back(std::make_unique<console::edit_group>(*context, parent));
+    windows_under_test.push_back(std::make_unique<console::list_groups>(*context, console::list_groups::Mode::Members,
+                                                                        console::list_groups::OpenNext(), parent));
+    windows_under_test.push_back(std::make_unique<console::group_maint>(*context, parent));
+    windows_under_test.push_back(std::make_unique<console::frmGroupMembers>(*context, parent));
+    for (const std::unique_ptr<QWidget>& window : windows_under_test) {
+        const std::string window_name = window->metaObject()->className();
+        for (QWidget* control : window->findChildren<QWidget*>()) {
+            const QString name = control->objectName();
+            if (name.isEmpty() || name.startsWith(u"qt_"_s)) {
+                continue;
+            }
+            EXPECT_EQ(control->accessibleDescription(), name) << window_name;
+            // Buttons, labels and the boxes their labels stand for carry the caption an operator sees.
+            if (qobject_cast<QAbstractButton*>(control) != nullptr || qobject_cast<QLabel*>(control) != nullptr ||
+                qobject_cast<QLineEdit*>(control) != nullptr) {
+                EXPECT_FALSE(control->accessibleName().isEmpty()) << window_name << ' ' << name.toStdString();
+            }
+        }
+    }
 }
 
 } // namespace
