@@ -118,17 +118,20 @@ void frmAddRecipient::connect_frame(const Controls& frame)
 
 void frmAddRecipient::load_carriers()
 {
-    m_carriers = addressbook::recipient_dialog_carriers(m_context.state);
-    QStringList names;
-    for (const addressbook::RecipientCarrier& carrier : std::as_const(m_carriers)) {
-        names.append(carrier.name);
-        cmbCarrierType->addItem(carrier.type);
-        cmbCarrierMaxChars->addItem(QString::number(carrier.maxchars));
+    for (const addressbook::RecipientCarrier& carrier : addressbook::recipient_dialog_carriers(m_context.state)) {
+        add_carrier(carrier);
     }
+}
+
+void frmAddRecipient::add_carrier(const addressbook::RecipientCarrier& carrier)
+{
+    m_carriers.append(carrier);
     m_syncing = true;
     for (const Controls& frame : m_frames) {
-        frame.carrier->addItems(names);
+        frame.carrier->addItem(carrier.name);
     }
+    cmbCarrierType->addItem(carrier.type);
+    cmbCarrierMaxChars->addItem(QString::number(carrier.maxchars));
     m_syncing = false;
 }
 
@@ -164,10 +167,14 @@ void frmAddRecipient::load_row()
     set_twins(&Controls::comment2, entry->comment2);
     set_twins(&Controls::max_chars, entry->max_chars);
     set_twins(&Controls::priority, entry->priority);
-    const int carrier = m_frames.front().carrier->findText(entry->carrier, Qt::MatchFixedString);
-    if (carrier >= 0) {
-        select_carrier(carrier);
+    int carrier = m_frames.front().carrier->findText(entry->carrier, Qt::MatchFixedString);
+    if (carrier < 0 && !entry->carrier.isEmpty()) {
+        // The row names a carrier that is gone: it stays listed for this row, so an Apply keeps it instead of
+        // moving the recipient to another carrier unseen.
+        add_carrier(addressbook::recipient_carrier(entry->carrier, QString(), 0));
+        carrier = static_cast<int>(m_carriers.size()) - 1;
     }
+    select_carrier(carrier);
     copy_type(entry->type == addressbook::RecipientType::AdHoc ? kTypeAdHoc : kTypeNormal);
     for (const RecipientFlag which : addressbook::all_recipient_flags) {
         for (const Controls& frame : m_frames) {

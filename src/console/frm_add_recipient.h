@@ -36,6 +36,7 @@ private:
     void build_controls();
     void connect_frame(const RecipientFrameControls& frame);
     void load_carriers();
+    void add_carrier(const addressbook::RecipientCarrier& carrier);
     void set_add_defaults();
     void load_row();
 

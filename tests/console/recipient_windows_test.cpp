@@ -267,6 +267,14 @@ TEST_F(RecipientWindows, EditLoadsTheRowKeepsItsLimitAndStoresTheToneConstants)
     EXPECT_EQ(env.prompter.boxes.last(), (Notice{u"Illegal Characters in Full Name"_s, u"Bad Full Name"_s}));
     EXPECT_FALSE(again.isVisible());
     EXPECT_EQ(stored(u"SELECT cv_full_name FROM cv_recipients"_s), QStringList{u"Tina T"_s});
+
+    // A row whose carrier is gone keeps it through an edit.
+    db().exec(u"UPDATE cv_recipients SET cv_carrier = 'retired'"_s);
+    console::frmAddRecipient orphan(*context, true, u"tina"_s, &send_form.window());
+    orphan.show();
+    EXPECT_EQ(control<QComboBox>(orphan, "cmbWctpCarrier").currentText(), u"retired"_s);
+    control<QPushButton>(orphan, "btnFaxApply").click();
+    EXPECT_EQ(stored(u"SELECT cv_carrier FROM cv_recipients"_s), QStringList{u"retired"_s});
 }
 
 TEST_F(RecipientWindows, WithoutCarriersTheDialogSaysSoAndClosesItself)
