@@ -6,30 +6,18 @@
 #include "core/app_state.h"
 #include "core/clock.h"
 #include "core/databases.h"
+#include "offscreen_application.h"
 #include "platform/registry.h"
 #include "store/database.h"
 #include "store/schema.h"
 #include "support/null_prompter.h"
 
-#include <QApplication>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QApplication& offscreen_application()
-{
-    static int argc = 1;
-    static char name[] = "cvd_bench";
-    static char* argv[] = {name, nullptr};
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    static QApplication application(argc, argv);
-    return application;
-}
 
 struct ListFixture
 {

@@ -364,4 +364,17 @@ QString recipient_list_line(const QString& name, const QString& full_name)
     return name + u'\t' + full_name;
 }
 
+RecipientCarrier recipient_carrier(const QString& name, const QString& dial_type, qint32 maxchars)
+{
+    return RecipientCarrier{name, dial_type.left(3), maxchars};
+}
+
+std::optional<Notice> refuse_recipient_window(bool any_carrier)
+{
+    if (any_carrier) {
+        return std::nullopt;
+    }
+    return Notice{u"At Least One Carrier Must Be Setup First"_s, u"No Carriers"_s};
+}
+
 } // namespace cvd::addressbook

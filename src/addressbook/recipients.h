@@ -182,6 +182,21 @@ Notice recipient_stored_notice(bool is_edit);
 // Delete refuses while unsent messages wait for the recipient; sent ones do not count.
 std::optional<Notice> refuse_recipient_delete(bool has_unsent_messages);
 
+// A carrier as the recipient dialog lists it: its name, the first three letters of its cv_dial_type (the
+// hidden type list) and its cv_maxchars (the hidden Max Chars list).
+struct RecipientCarrier
+{
+    QString name;
+    QString type;
+    qint32 maxchars = 0;
+
+    bool operator==(const RecipientCarrier&) const = default;
+};
+RecipientCarrier recipient_carrier(const QString& name, const QString& dial_type, qint32 maxchars);
+
+// No recipient can exist without a carrier: the dialog refuses to open while none is set up.
+std::optional<Notice> refuse_recipient_window(bool any_carrier);
+
 // A line of the recipient list: short name, tab, full name.
 QString recipient_list_line(const QString& name, const QString& full_name);
 

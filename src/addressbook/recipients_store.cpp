@@ -16,10 +16,12 @@ namespace {
 const QString kApplyProcedure = u"Procedure: frmAddRecipient apply"_s;
 const QString kDeleteProcedure = u"Procedure: list_recipients load"_s;
 const QString kListProcedure = u"Procedure: list_recipients activate"_s;
+const QString kLoadProcedure = u"Procedure: frmAddRecipient load"_s;
 
 namespace recipients = store::tables::recipients;
 namespace groups = store::tables::groups;
 namespace messages = store::tables::messages;
+namespace carriers = store::tables::carriers;
 
 // The columns bind_row binds, in its order.
 constexpr std::array kRowColumns{recipients::name,         recipients::full_name,   recipients::id,
@@ -213,6 +215,32 @@ std::optional<Notice> delete_listed_recipient(AppState& state, const QString& na
 {
     state.clear_error_counters();
     return with_retry(state, kDeleteProcedure, [&] { return delete_recipient(state.global_db, name); });
+}
+
+QList<RecipientCarrier> recipient_dialog_carriers(AppState& state)
+{
+    state.clear_error_counters();
+    return with_retry(state, kLoadProcedure, [&] {
+        store::Statement query = state.global_db.prepare(u"SELECT "_s % carriers::name % u", "_s % carriers::dial_type %
+                                                         u", "_s % carriers::maxchars % u" FROM "_s % carriers::table %
+                                                         u" ORDER BY "_s % carriers::name);
+        QList<RecipientCarrier> list;
+        while (query.step()) {
+            list.append(recipient_carrier(text_column(query, 0), text_column(query, 1), int_column(query, 2)));
+        }
+        return list;
+    });
+}
+
+std::optional<RecipientEntry> load_recipient(AppState& state, const QString& name)
+{
+    state.clear_error_counters();
+    const std::optional<RecipientRow> row =
+        with_retry(state, kLoadProcedure, [&] { return read_recipient(state.global_db, name); });
+    if (!row) {
+        return std::nullopt;
+    }
+    return entry_of_row(*row);
 }
 
 } // namespace cvd::addressbook

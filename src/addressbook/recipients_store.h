@@ -63,6 +63,12 @@ struct ApplyOutcome
 ApplyOutcome apply_recipient(AppState& state, Protocol protocol, const RecipientEntry& entry, bool is_edit,
                              const QString& loaded_name);
 
+// The carriers of the dialog's lists by name ("Procedure: frmAddRecipient load").
+QList<RecipientCarrier> recipient_dialog_carriers(AppState& state);
+
+// What edit mode loads for a recipient ("Procedure: frmAddRecipient load"); nullopt when the row is gone.
+std::optional<RecipientEntry> load_recipient(AppState& state, const QString& name);
+
 // The list window's rows against state.global_db ("Procedure: list_recipients activate").
 QList<RecipientListEntry> recipient_list(AppState& state);
 

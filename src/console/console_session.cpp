@@ -15,6 +15,7 @@
 #include "console/help_viewer.h"
 #include "console/preset_form.h"
 #include "console/program_icon.h"
+#include "console/recipient_windows.h"
 #include "console/send_form.h"
 #include "console/setup_windows.h"
 #include "core/app_state.h"
@@ -104,6 +105,7 @@ void ConsoleSession::wire_doors()
     doors.open_window = [&context](const QString& entry) { context.catalog.open(entry); };
     register_setup_windows(context);
     register_carrier_windows(context);
+    register_recipient_windows(context);
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);

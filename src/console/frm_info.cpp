@@ -80,9 +80,11 @@ void frmInfo::show_details()
     if (is_group) {
         setWindowTitle(u"Group Info"_s);
     }
-    // The members' window comes later; until then the button shows that a group has members.
     btnGroupMembers->setVisible(is_group);
-    btnGroupMembers->setEnabled(false);
+    connect(btnGroupMembers, &QPushButton::clicked, this, [this] {
+        m_context.shared.selected_name = m_context.shared.info_key;
+        m_context.catalog.open(u"frmGroupMembers"_s, this);
+    });
     const addressbook::RecipientDetails details = addressbook::recipient_details(m_context.state, key);
     txtFullName->setText(details.full_name);
     txtShortName->setText(key);

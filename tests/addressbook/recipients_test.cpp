@@ -330,5 +330,35 @@ TEST_F(RecipientStoreTest, DeleteIsOneTransaction)
     EXPECT_EQ(scalar(u"SELECT COUNT(*) FROM cv_groups WHERE cv_recipient = 'ann'"_s), 0);
 }
 
+TEST_F(RecipientStoreTest, DialogListsCarriersByNameWithTypeCodeAndRefusesWithoutAny)
+{
+    EXPECT_EQ(recipient_dialog_carriers(*state), QList<RecipientCarrier>{});
+    EXPECT_EQ(refuse_recipient_window(false),
+              (Notice{u"At Least One Carrier Must Be Setup First"_s, u"No Carriers"_s}));
+    EXPECT_EQ(refuse_recipient_window(true), std::nullopt);
+
+    // A null type or limit reads as empty and 0; the type keeps only its first three letters.
+    db().exec(u"INSERT INTO cv_carriers (cv_name, cv_dial_type, cv_maxchars) VALUES ('zeta', 'wctp 1.3', 240), "
+              "('alpha', 'tapx', 80), ('mid', NULL, NULL)"_s);
+    EXPECT_EQ(recipient_dialog_carriers(*state),
+              (QList<RecipientCarrier>{{u"alpha"_s, u"tap"_s, 80}, {u"mid"_s, u""_s, 0}, {u"zeta"_s, u"wct"_s, 240}}));
+}
+
+TEST_F(RecipientStoreTest, LoadGivesTheBoxesOfTheRowOrNothingWhenItIsGone)
+{
+    db().exec(u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_id, cv_carrier, cv_maxchars, cv_priority, "
+              "cv_drop_control, cv_SendSubject, cv_remove_from, cv_alpha, cv_ad_hoc, cv_group, cv_extra1) "
+              "VALUES ('Tina', 'Tina T', '', 'beeper', 80, 7, 0, -1, -1, 0, -1, 0, 'days')"_s);
+    const std::optional<RecipientEntry> entry = load_recipient(*state, u"tina"_s);
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->short_name, u"Tina"_s);
+    EXPECT_EQ(entry->type, RecipientType::AdHoc);
+    EXPECT_EQ(entry->carrier, u"beeper"_s);
+    EXPECT_EQ(entry->max_chars, u"80"_s);
+    EXPECT_EQ(entry->comment1, u"days"_s);
+    EXPECT_EQ(entry->flags, (RecipientFlags{false, true, true, false}));
+    EXPECT_EQ(load_recipient(*state, u"gone"_s), std::nullopt);
+}
+
 } // namespace
 } // namespace cvd::addressbook
