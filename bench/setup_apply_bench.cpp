@@ -8,6 +8,7 @@
 #include "core/app_state.h"
 #include "core/clock.h"
 #include "core/databases.h"
+#include "offscreen_application.h"
 #include "platform/registry.h"
 #include "store/database.h"
 #include "support/null_prompter.h"
@@ -21,21 +22,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// The one application object of the benchmark program, made here unless another benchmark made it first.
-void ensure_offscreen_application()
-{
-    if (QCoreApplication::instance() != nullptr) {
-        return;
-    }
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    static int argc = 1;
-    static char name[] = "cvd_bench";
-    static char* argv[] = {name, nullptr};
-    static QApplication application(argc, argv);
-}
 
 struct SetupFixture
 {
@@ -68,7 +54,7 @@ struct SetupFixture
 
 void BM_DisplaySetupApplyTenThousand(benchmark::State& bench)
 {
-    ensure_offscreen_application();
+    offscreen_application();
     SetupFixture fixture;
     cvd::console::ConsoleState shared;
     cvd::console::WindowOwner windows;

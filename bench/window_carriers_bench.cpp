@@ -8,6 +8,7 @@
 #include "core/app_state.h"
 #include "core/clock.h"
 #include "core/databases.h"
+#include "offscreen_application.h"
 #include "platform/registry.h"
 #include "store/database.h"
 #include "store/schema.h"
@@ -20,23 +21,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// One application object per process: the send window's benchmark, registered before this file's, may
-// have made it already.
-QApplication& application()
-{
-    if (auto* existing = qobject_cast<QApplication*>(QCoreApplication::instance())) {
-        return *existing;
-    }
-    static int argc = 1;
-    static char name[] = "cvd_bench";
-    static char* argv[] = {name, nullptr};
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    static QApplication made(argc, argv);
-    return made;
-}
 
 struct CarrierFixture
 {
@@ -71,7 +55,7 @@ struct CarrierFixture
 
 void BM_AddCarrierDialogEditMode(benchmark::State& bench)
 {
-    application();
+    offscreen_application();
     CarrierFixture fixture(10);
     for (auto _ : bench) {
         cvd::console::frmAddCarrier dialog(fixture.context, true, u"carrier3"_s, nullptr);
@@ -82,7 +66,7 @@ BENCHMARK(BM_AddCarrierDialogEditMode)->Unit(benchmark::kMillisecond);
 
 void BM_CarrierListFiveThousand(benchmark::State& bench)
 {
-    application();
+    offscreen_application();
     CarrierFixture fixture(5000);
     for (auto _ : bench) {
         cvd::console::list_carriers list(fixture.context, true, nullptr);
