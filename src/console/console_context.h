@@ -74,6 +74,9 @@ public:
     // rebuilt, every unpicked entry whose name is `recipient` is picked, and `text` becomes the message. False,
     // with the message left alone, when the rebuilt unpicked list is empty.
     virtual bool load_message(const QString& recipient, const QString& text) = 0;
+    // The operator has just changed the counts (a cancel in the pending folder): the next count raises no
+    // failure warning for it.
+    virtual void note_counters_changed() = 0;
 };
 
 // The send window's doors to the other windows. The session fills them in, so that no window includes
@@ -98,6 +101,10 @@ struct WindowDoors
     // Windows of later issues, by menu entry name ("carriers_add", "scheduled", "rptSentDate" ...).
     std::function<bool(const QString& entry)> has_window;
     std::function<void(const QString& entry)> open_window;
+    // The open queue folders reload what changed (every count, so every tick).
+    std::function<void()> refresh_folders;
+    // frmSchedule unloads if it is open (SEND has used the schedule selection).
+    std::function<void()> unload_schedule;
 };
 
 // Everything a console window needs from the program, handed to each window when it is made.

@@ -14,6 +14,7 @@
 #include "console/help_viewer.h"
 #include "console/preset_form.h"
 #include "console/program_icon.h"
+#include "console/queue_windows.h"
 #include "console/send_form.h"
 #include "core/app_state.h"
 
@@ -100,6 +101,7 @@ void ConsoleSession::wire_doors()
     // The windows of the menu's later entries, family by family; each adds its entries to the catalog.
     doors.has_window = [&context](const QString& entry) { return context.catalog.has(entry); };
     doors.open_window = [&context](const QString& entry) { context.catalog.open(entry); };
+    register_queue_windows(context);
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);
