@@ -188,6 +188,12 @@ void FolderForm::refresh()
     AppState& state = m_context.state;
     const QString routine = procedure(m_folder, u"refresh_button"_s);
     state.clear_error_counters();
+    // Nothing written to the file since the last test: the sum cannot have moved.
+    const queue::ContentMark mark = with_retry(state, routine, [&] { return queue::content_mark(state.global_db); });
+    if (mark == m_mark && m_remembered_total != -1) {
+        return;
+    }
+    m_mark = mark;
     const qint64 total = with_retry(
         state, routine, [&] { return queue::folder_id_total(state.global_db, m_folder, state.first_transaction); });
     if (total == m_remembered_total) {

@@ -71,6 +71,7 @@ private:
 
     bool m_first_show = true;
     qint64 m_remembered_total = -1;
+    queue::ContentMark m_mark; // the database's content at the last change test
     bool m_busy = false;
     bool m_snapping = false;
 };

@@ -81,6 +81,17 @@ qint64 folder_id_total(store::Database& db, Folder folder, qint64 first_transact
     return sum;
 }
 
+ContentMark content_mark(store::Database& db)
+{
+    store::Statement& mark = db.cached(u"SELECT (SELECT data_version FROM pragma_data_version()), total_changes()"_s);
+    ContentMark result;
+    if (mark.step()) {
+        result = {mark.integer(0).value_or(-1), mark.integer(1).value_or(-1)};
+    }
+    mark.reset();
+    return result;
+}
+
 QList<FolderRow> folder_rows(store::Database& db, Folder folder, qint64 first_transaction)
 {
     // One recipient row per message even where a name was stored twice: the first, as a look-up finds it.

@@ -34,6 +34,17 @@ struct FolderRow
 // that an open folder costs next to nothing on a tick that changed nothing. Throws store::Error.
 qint64 folder_id_total(store::Database& db, Folder folder, qint64 first_transaction);
 
+// A mark of the database's content as this connection sees it: it moves whenever another connection has
+// committed to the file and whenever this connection changed rows. While it stands still no folder's rows can
+// have changed, so a refresh need not even sum them. Throws store::Error.
+struct ContentMark
+{
+    qint64 data_version = -1;
+    qint64 own_changes = -1;
+    bool operator==(const ContentMark&) const = default;
+};
+ContentMark content_mark(store::Database& db);
+
 // The rows of a folder in the order of its date column, recipients joined in the same query. Throws
 // store::Error.
 QList<FolderRow> folder_rows(store::Database& db, Folder folder, qint64 first_transaction);

@@ -1,6 +1,7 @@
 // The queue folders below their windows: what each view selects, the change test, and what Cancel, Requeue
 // and the detail read and write.
 #include "core/app_state.h"
+#include "core/databases.h"
 #include "queue/folders.h"
 #include "queue/message_detail.h"
 #include "store/database.h"
@@ -89,6 +90,19 @@ TEST_F(FoldersTest, EachViewShowsItsStateOfThisRunAndPendingLetsScreenRowsThroug
     }
     db().exec(u"DELETE FROM cv_messages"_s);
     EXPECT_EQ(folder_id_total(db(), Folder::Sent, kFirst), 0); // a null sum counts as 0
+}
+
+TEST_F(FoldersTest, TheContentMarkMovesWithEveryWriteOfAnyConnectionOnly)
+{
+    const ContentMark start = content_mark(db());
+    folder_rows(db(), Folder::Sent, kFirst); // reading moves nothing
+    EXPECT_EQ(content_mark(db()), start);
+    add(State::Sent, 101);
+    const ContentMark own = content_mark(db());
+    EXPECT_NE(own, start);
+    store::Database other = store::Database::open(global_db_path(*state));
+    other.exec(u"UPDATE cv_messages SET cv_error = -1"_s);
+    EXPECT_NE(content_mark(db()), own);
 }
 
 TEST_F(FoldersTest, RowsCarryLabelOneLineTextAndTheDateAsANumber)
