@@ -33,6 +33,7 @@ constexpr int kDateWidthTwips = 1695;
 constexpr int kToWidthTwips = 2000;
 // Far wider than any window, so that the grid scrolls sideways to long messages.
 constexpr int kMessageWidthTwips = 75000;
+constexpr int kCellPadding = 12;
 
 QString procedure(queue::Folder folder, const QString& routine)
 {
@@ -80,7 +81,12 @@ void FolderForm::build_controls(const Buttons& buttons)
     header->setSectionResizeMode(QHeaderView::Interactive);
     Status_Grid->setColumnHidden(desk::kIdColumn, true);
     Status_Grid->setColumnHidden(desk::kDateNumberColumn, true);
-    header->resizeSection(desk::kDateColumn, twips_to_pixels(kDateWidthTwips, *this));
+    header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    // At least the old width, and wide enough for a whole date and time in this locale and font.
+    const QString widest_date = queue::general_date_text(u"2026-12-28 22:58:58"_s);
+    header->resizeSection(desk::kDateColumn,
+                          std::max(twips_to_pixels(kDateWidthTwips, *this),
+                                   Status_Grid->fontMetrics().horizontalAdvance(widest_date) + kCellPadding));
     header->resizeSection(desk::kToColumn, twips_to_pixels(kToWidthTwips, *this));
     header->resizeSection(desk::kMessageColumn, twips_to_pixels(kMessageWidthTwips, *this));
     connect(header, &QHeaderView::sectionClicked, this, &FolderForm::heading_clicked);
@@ -123,7 +129,7 @@ void FolderForm::build_controls(const Buttons& buttons)
 void FolderForm::place_first_time()
 {
     const desk::GridSize minimum = desk::folder_minimum_client(m_folder);
-    resize(twips_to_pixels(minimum.width * 2, *this), twips_to_pixels(minimum.height * 2, *this));
+    resize(twips_to_pixels(minimum.width * 2, *this), twips_to_pixels(minimum.height * 3, *this));
     if (m_context.send_form != nullptr) {
         center_on_form(*this, m_context.send_form->window());
     }
