@@ -89,6 +89,9 @@ void frmSchedule::build_controls()
     btnClose = make_control<QPushButton>(this, "btnClose", u"Cancel"_s);
     lblStart->setBuddy(dtpStartDate);
     lblStop->setBuddy(dtpStopDate);
+    // The label names the date picker; the time picker beside it says what it is itself.
+    dtpStartTime->setToolTip(u"Send Message Time"_s);
+    dtpStopTime->setToolTip(u"Stop Sending Time"_s);
     for (QDateEdit* date : {dtpStartDate, dtpStopDate}) {
         date->setCalendarPopup(true);
     }

@@ -3,6 +3,7 @@
 #include "console/bad_form.h"
 #include "console/folder_form.h"
 #include "console/folder_grid_model.h"
+#include "console/frm_message_detail.h"
 #include "console/frm_schedule.h"
 #include "console/pending_form.h"
 #include "console/queue_windows.h"
@@ -12,9 +13,11 @@
 #include "core/settings.h"
 #include "support/message_rows.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -277,6 +280,28 @@ TEST_F(QueueWindows, ScheduleDialogKeepsWhatWasAppliedAndRefusesAStopBeforeTheSe
     control<QPushButton>(*dialog, "btnClose").click(); // Cancel keeps the earlier Apply
     EXPECT_TRUE(shared.schedule.repeat_flag);
     EXPECT_EQ(shared.schedule.repeat_minutes, 90);
+}
+
+TEST_F(QueueWindows, EveryQueueWindowPublishesItsControls)
+{
+    std::vector<std::unique_ptr<QWidget>> under_test;
+    under_test.push_back(std::make_unique<console::sched_form>(*context));
+    under_test.push_back(std::make_unique<console::pending_form>(*context));
+    under_test.push_back(std::make_unique<console::sent_form>(*context));
+    under_test.push_back(std::make_unique<console::bad_form>(*context));
+    under_test.push_back(std::make_unique<console::frmSchedule>(*context, &send_form.window()));
+    under_test.push_back(std::make_unique<console::frmMessageDetail>(*context, &send_form.window()));
+    for (const std::unique_ptr<QWidget>& window : under_test) {
+        for (QWidget* each : window->findChildren<QWidget*>()) {
+            const QString name = each->objectName();
+            if (name.isEmpty() || name.startsWith(u"qt_"_s)) {
+                continue;
+            }
+            SCOPED_TRACE(name.toStdString());
+            EXPECT_EQ(each->accessibleDescription(), name);
+            EXPECT_FALSE(each->accessibleName().isEmpty());
+        }
+    }
 }
 
 } // namespace
