@@ -213,6 +213,8 @@ TEST_F(SendFormTest, GuardedEntriesAskForTheirLevelPassword)
 
 TEST_F(SendFormTest, SendStoresOneRowPerPickedRecipient)
 {
+    int schedule_unloads = 0;
+    context->doors.unload_schedule = [&schedule_unloads] { ++schedule_unloads; };
     make_window();
     auto& send = control<QPushButton>(*window, "send");
     mouse_click(send, Qt::LeftButton);
@@ -228,6 +230,7 @@ TEST_F(SendFormTest, SendStoresOneRowPerPickedRecipient)
     EXPECT_EQ(scalar(u"SELECT COUNT(*) FROM cv_messages WHERE cv_message = 'Disk full'"_s), 2);
     EXPECT_EQ(env.clock.waits, QList<int>(6, 30));
     EXPECT_EQ(send.text(), u"SEND"_s);
+    EXPECT_EQ(schedule_unloads, 1); // only the send that stored rows
 }
 
 TEST_F(SendFormTest, AStoredMessageLoadedPicksEveryMatchingEntryAndFillsTheMessage)
