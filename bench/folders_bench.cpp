@@ -75,7 +75,7 @@ void fill(cvd::store::Database& db)
 QString history_database()
 {
     const QString folder = QStringLiteral(CVD_BENCH_CACHE_DIR) + u"/folders"_s;
-    const QString path = folder + u"/cvd.mdb"_s;
+    QString path = folder + u"/cvd.mdb"_s;
     if (!QFile::exists(path)) {
         QDir().mkpath(folder);
         const QString building = path + u".new"_s;

@@ -51,7 +51,7 @@ protected:
         row.transaction = 101;
         row.recipient = recipient;
         row.message = text;
-        row.requested = row.requested.addSecs(minute * 60);
+        row.requested = row.requested.addSecs(qint64{minute} * 60);
         return add_message(db(), row);
     }
 
