@@ -77,6 +77,9 @@ public:
     // The display settings again, at once: the message's length limit, the lists' font and what the settings
     // hide. The lists themselves are rebuilt by show_users.
     virtual void apply_display_options() = 0;
+    // The operator has just changed the counts (a cancel in the pending folder): the next count raises no
+    // failure warning for it.
+    virtual void note_counters_changed() = 0;
 };
 
 // The send window's doors to the other windows. The session fills them in, so that no window includes
@@ -101,6 +104,10 @@ struct WindowDoors
     // Windows of later issues, by menu entry name ("carriers_add", "scheduled", "rptSentDate" ...).
     std::function<bool(const QString& entry)> has_window;
     std::function<void(const QString& entry)> open_window;
+    // The open queue folders reload what changed (every count, so every tick).
+    std::function<void()> refresh_folders;
+    // frmSchedule unloads if it is open (SEND has used the schedule selection).
+    std::function<void()> unload_schedule;
 };
 
 // Everything a console window needs from the program, handed to each window when it is made.

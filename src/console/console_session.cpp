@@ -15,6 +15,7 @@
 #include "console/help_viewer.h"
 #include "console/preset_form.h"
 #include "console/program_icon.h"
+#include "console/queue_windows.h"
 #include "console/recipient_windows.h"
 #include "console/send_form.h"
 #include "console/setup_windows.h"
@@ -106,6 +107,7 @@ void ConsoleSession::wire_doors()
     register_setup_windows(context);
     register_carrier_windows(context);
     register_recipient_windows(context);
+    register_queue_windows(context);
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);

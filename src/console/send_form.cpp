@@ -307,6 +307,13 @@ void send_form::show_failure_warning()
     }
 }
 
+void send_form::refresh_open_folders()
+{
+    if (m_context.doors.refresh_folders) {
+        m_context.doors.refresh_folders();
+    }
+}
+
 void send_form::go_to_systray()
 {
     if (m_tray == nullptr) {

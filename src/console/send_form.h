@@ -56,13 +56,14 @@ public:
     void update_counters() override;
     bool load_message(const QString& recipient, const QString& text) override;
     void apply_display_options() override;
+    void note_counters_changed() override { counters().counters_changed = true; }
 
     // ConsoleView.
     void set_counter_panel(int panel, const QString& text) override;
     void set_engine_status(const QString& text) override;
     void add_activity_line(const QString& line) override;
     void show_failure_warning() override;
-    void refresh_open_folders() override {}
+    void refresh_open_folders() override;
     void request_quit() override { close(); }
 
     // The press of SEND: rows for every picked entry, the button's animation, then the scheduler and the

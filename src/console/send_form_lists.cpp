@@ -302,6 +302,9 @@ void send_form::press_send()
         queue::schedule_messages(m_context.state, m_loop ? m_loop->dispatcher().scheduler() : m_scheduler);
         queue::update_counters(m_context.state, *this, counters());
     }
+    if (m_context.doors.unload_schedule) {
+        m_context.doors.unload_schedule();
+    }
     m_context.shared.schedule.clear();
     if (m_context.state.settings.get_setting_flag(desk::keys::clear_on_send) != 0) {
         show_users();

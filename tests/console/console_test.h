@@ -24,6 +24,7 @@ public:
     void update_prog_captions() override { ++prog_caption_updates; }
     void monitor_closed() override { ++monitor_closings; }
     void update_counters() override { ++counter_updates; }
+    void note_counters_changed() override { ++counters_changed_notes; }
     bool load_message(const QString& recipient, const QString& text) override
     {
         loaded_messages.append({recipient, text});
@@ -37,6 +38,7 @@ public:
     int prog_caption_updates = 0;
     int monitor_closings = 0;
     int counter_updates = 0;
+    int counters_changed_notes = 0;
     QList<std::pair<QString, QString>> loaded_messages; // recipient, text
     bool load_message_result = true;
     int display_applications = 0;

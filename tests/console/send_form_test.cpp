@@ -213,6 +213,8 @@ TEST_F(SendFormTest, GuardedEntriesAskForTheirLevelPassword)
 
 TEST_F(SendFormTest, SendStoresOneRowPerPickedRecipient)
 {
+    int schedule_unloads = 0;
+    context->doors.unload_schedule = [&schedule_unloads] { ++schedule_unloads; };
     make_window();
     auto& send = control<QPushButton>(*window, "send");
     mouse_click(send, Qt::LeftButton);
@@ -228,6 +230,27 @@ TEST_F(SendFormTest, SendStoresOneRowPerPickedRecipient)
     EXPECT_EQ(scalar(u"SELECT COUNT(*) FROM cv_messages WHERE cv_message = 'Disk full'"_s), 2);
     EXPECT_EQ(env.clock.waits, QList<int>(6, 30));
     EXPECT_EQ(send.text(), u"SEND"_s);
+    EXPECT_EQ(schedule_unloads, 1); // only the send that stored rows
+}
+
+TEST_F(SendFormTest, AStoredMessageLoadedPicksEveryMatchingEntryAndFillsTheMessage)
+{
+    db().exec(u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_group, cv_ad_hoc, cv_priority) VALUES "
+              "('bob', 'Bob at home', 0, 0, 5)"_s);
+    make_window();
+    click("unpicked", u"(G) Operations"_s); // picked before the load: the lists start afresh
+    auto& message = control<QPlainTextEdit>(*window, "message");
+    message.setPlainText(u"old text"_s);
+    ASSERT_TRUE(window->load_message(u"bob"_s, u"Call the desk"_s));
+    EXPECT_EQ(labels(window->picked_entries()), (QStringList{u"Bob at home"_s, u"Bob Smith"_s}));
+    EXPECT_EQ(labels(window->unpicked_entries()), (QStringList{u"(A) Fax"_s, u"(G) Operations"_s}));
+    EXPECT_EQ(message.toPlainText(), u"Call the desk"_s);
+
+    ASSERT_TRUE(window->load_message(u"gone"_s, u"Nobody"_s)); // nobody matches: nothing picked
+    EXPECT_TRUE(window->picked_entries().isEmpty());
+    db().exec(u"DELETE FROM cv_recipients"_s);
+    EXPECT_FALSE(window->load_message(u"bob"_s, u"Lost"_s)); // an empty list: the message stays
+    EXPECT_EQ(message.toPlainText(), u"Nobody"_s);
 }
 
 TEST_F(SendFormTest, LoadPlacesTheFirstRunAndHidesWhatTheSettingsSay)
