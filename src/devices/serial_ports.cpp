@@ -50,17 +50,35 @@ QStringList system_serial_ports()
     return ordered_serial_ports(devices);
 }
 
+namespace {
+
+QString device_of(int number, const QStringList& system_ports)
+{
+    const QString overridden = qEnvironmentVariable(qPrintable(u"CVD_COM%1"_s.arg(number)));
+    if (!overridden.isEmpty()) {
+        return overridden;
+    }
+    return number <= system_ports.size() ? system_ports.at(number - 1) : QString();
+}
+
+} // namespace
+
 QString serial_port_device(int number)
 {
     if (number < 1) {
         return {};
     }
-    const QString overridden = qEnvironmentVariable(qPrintable(u"CVD_COM%1"_s.arg(number)));
-    if (!overridden.isEmpty()) {
-        return overridden;
+    return device_of(number, system_serial_ports());
+}
+
+QStringList serial_port_devices(int count)
+{
+    const QStringList system_ports = system_serial_ports();
+    QStringList devices;
+    for (int number = 1; number <= count; ++number) {
+        devices.append(device_of(number, system_ports));
     }
-    const QStringList ports = system_serial_ports();
-    return number <= ports.size() ? ports.at(number - 1) : QString();
+    return devices;
 }
 
 } // namespace cvd::devices

@@ -10,6 +10,10 @@ namespace cvd::devices {
 // is no such port. The modem scan and the modem setup's `port` use this one mapping.
 QString serial_port_device(int number);
 
+// The devices of ports 1 to `count` by that same mapping, listing the system's ports once; an empty text
+// where a number has no device.
+QStringList serial_port_devices(int count);
+
 // The system's serial ports (full device paths) in the order port numbers count them: ttyS, then ttyUSB, then
 // ttyACM, each by its number; any other kind after those, by name.
 QStringList ordered_serial_ports(const QStringList& devices);
