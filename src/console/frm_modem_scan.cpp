@@ -20,6 +20,7 @@ namespace {
 
 constexpr int kRowsPerColumn = 8;
 constexpr int kDeviceMinimumWidth = 140;
+constexpr int kColumnGap = 16;
 
 // The box of port 13 has always been spelt with a capital.
 QByteArray box_name(int port)
@@ -39,6 +40,7 @@ frmModemScan::frmModemScan(ConsoleContext& context, QWidget* parent, int answer_
     show_devices(devices::serial_port_devices(kPortCount));
     publish_accessibility(*this);
     if (parent != nullptr) {
+        adjustSize(); // the size the layout asks for, so that the window is centred as it will be shown
         center_on_form(*this, *parent);
     }
 }
@@ -57,14 +59,15 @@ void frmModemScan::build_controls()
         auto* box = make_control<QCheckBox>(this, box_name(port).constData(), u"Port %1"_s.arg(port));
         auto* device = make_control<QLabel>(this, QByteArray("lblDevice" + QByteArray::number(port)).constData());
         device->setMinimumWidth(kDeviceMinimumWidth);
-        device->setEnabled(false); // shown greyed: it says which device the box stands for
         const int row = (port - 1) % kRowsPerColumn;
-        const int column = (port - 1) / kRowsPerColumn * 2;
+        // Three grid columns to a column of ports: box, device, and a gap before the next.
+        const int column = (port - 1) / kRowsPerColumn * 3;
         grid->addWidget(box, row, column);
         grid->addWidget(device, row, column + 1);
         m_boxes.append(box);
         m_devices.append(device);
     }
+    grid->setColumnMinimumWidth(2, kColumnGap);
     btnScan = make_control<QPushButton>(this, "btnScan", u"&Scan"_s);
     btnClose = make_control<QPushButton>(this, "btnClose", u"&Close"_s);
     btnScan->setDefault(true);
@@ -72,7 +75,7 @@ void frmModemScan::build_controls()
     buttons->addStretch();
     buttons->addWidget(btnScan);
     buttons->addWidget(btnClose);
-    grid->addLayout(buttons, kRowsPerColumn, 0, 1, 4);
+    grid->addLayout(buttons, kRowsPerColumn, 0, 1, 5);
     connect(btnScan, &QPushButton::clicked, this, &frmModemScan::scan);
     connect(btnClose, &QPushButton::clicked, this, &frmModemScan::reject);
 }

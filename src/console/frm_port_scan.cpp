@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -29,6 +30,7 @@ frmPortScan::frmPortScan(ConsoleContext& context, QWidget* parent)
     prepare_boxes();
     publish_accessibility(*this);
     if (parent != nullptr) {
+        adjustSize(); // the size the layout asks for, so that the window is centred as it will be shown
         center_on_form(*this, *parent);
     }
 }
@@ -59,6 +61,9 @@ void frmPortScan::build_controls()
     for (QCheckBox* box : {chkSmtp, chkSslTls, chkStartTls, chkWctp, chkSnpp}) {
         column->addWidget(box);
     }
+    lblNote = make_control<QLabel>(this, "lblNote");
+    lblNote->setWordWrap(true);
+    column->addWidget(lblNote);
     column->addSpacing(8);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -85,18 +90,25 @@ QString frmPortScan::setting_of(ProbeKind kind) const
 
 void frmPortScan::prepare_boxes()
 {
+    int available = 0;
     for (const auto& [kind, box] : m_boxes) {
         const QString setting = setting_of(kind);
         const QString unavailable = devices::probe_unavailable_reason(kind, setting);
         box->setChecked(unavailable.isEmpty());
         box->setEnabled(unavailable.isEmpty());
         if (unavailable.isEmpty()) {
+            ++available;
             const devices::Endpoint endpoint = *devices::probe_endpoint(kind, setting);
             box->setToolTip(u"Tries %1 port %2."_s.arg(endpoint.host).arg(endpoint.port));
         } else {
             box->setToolTip(unavailable);
         }
     }
+    // Greyed boxes alone would not say why: a line under them does.
+    lblNote->setText(u"A route without a test endpoint cannot be tried; the endpoints are set in Settings > "
+                     "Connection."_s);
+    lblNote->setVisible(available < static_cast<int>(m_boxes.size()));
+    btnScan->setEnabled(available > 0);
 }
 
 void frmPortScan::scan()

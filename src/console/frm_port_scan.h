@@ -8,6 +8,7 @@
 #include <optional>
 
 class QCheckBox;
+class QLabel;
 class QPushButton;
 
 namespace cvd::console {
@@ -54,6 +55,7 @@ private:
     QCheckBox* chkStartTls = nullptr;
     QCheckBox* chkWctp = nullptr;
     QCheckBox* chkSnpp = nullptr;
+    QLabel* lblNote = nullptr;
     QPushButton* btnScan = nullptr;
     QPushButton* btnClose = nullptr;
 };
