@@ -54,7 +54,7 @@ namespace {
 
 QString device_of(int number, const QStringList& system_ports)
 {
-    const QString overridden = qEnvironmentVariable(qPrintable(u"CVD_COM%1"_s.arg(number)));
+    QString overridden = qEnvironmentVariable(qPrintable(u"CVD_COM%1"_s.arg(number)));
     if (!overridden.isEmpty()) {
         return overridden;
     }
