@@ -50,6 +50,19 @@ QString setting_name(ProbeKind kind)
     }
 }
 
+// The Host header: an IPv6 address in brackets, and the port unless it is HTTP's own.
+QByteArray http_host(const Endpoint& endpoint)
+{
+    QByteArray host = endpoint.host.toUtf8();
+    if (host.contains(':')) {
+        host = '[' + host + ']';
+    }
+    if (endpoint.port != 80) {
+        host += ':' + QByteArray::number(endpoint.port);
+    }
+    return host;
+}
+
 } // namespace
 
 quint16 standard_port(ProbeKind kind)
@@ -222,7 +235,7 @@ void PortProbe::connected()
         expect(Phase::Handshake, m_limits.reply_ms);
         break;
     case ProbeKind::Wctp:
-        send("POST / HTTP/1.1\r\nHost: " + m_endpoint.host.toUtf8() +
+        send("POST / HTTP/1.1\r\nHost: " + http_host(m_endpoint) +
                  "\r\nContent-Type: text/xml\r\nContent-Length: 0\r\nUser-Agent: CorvaneDesk/5.0.0\r\n"
                  "Connection: close\r\n\r\n",
              Phase::HttpAnswer);

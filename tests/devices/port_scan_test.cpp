@@ -174,7 +174,8 @@ TEST_F(PortScanning, WctpPostsWithItsHeadersAndAnyAnswerPasses)
     const Outcome outcome = probe(ProbeKind::Wctp, server.port());
     EXPECT_TRUE(outcome.passed) << outcome.reason.toStdString();
     EXPECT_EQ(outcome.reason, u"Answered: HTTP/1.1 404 Not Found"_s);
-    EXPECT_TRUE(server.received.startsWith("POST / HTTP/1.1\r\n"));
+    const QByteArray request_head = "POST / HTTP/1.1\r\nHost: 127.0.0.1:" + QByteArray::number(server.port()) + "\r\n";
+    EXPECT_TRUE(server.received.startsWith(request_head));
     for (const char* header :
          {"\r\nContent-Type: text/xml\r\n", "\r\nContent-Length: 0\r\n", "\r\nUser-Agent: CorvaneDesk/5.0.0\r\n"}) {
         EXPECT_TRUE(server.received.contains(header)) << header;
