@@ -38,7 +38,6 @@ frmModemScan::frmModemScan(ConsoleContext& context, QWidget* parent, int answer_
     setObjectName(u"frmModemScan"_s);
     build_controls();
     show_devices(devices::serial_port_devices(kPortCount));
-    publish_accessibility(*this);
     if (parent != nullptr) {
         adjustSize(); // the size the layout asks for, so that the window is centred as it will be shown
         center_on_form(*this, *parent);
@@ -86,6 +85,7 @@ void frmModemScan::show_devices(const QStringList& devices)
         const QString device = devices.value(index);
         m_devices.at(index)->setText(device.isEmpty() ? u"(no device)"_s : device);
     }
+    publish_accessibility(*this);
 }
 
 void frmModemScan::scan()

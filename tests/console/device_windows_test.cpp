@@ -12,6 +12,7 @@
 #include "support/pty_pair.h"
 #include "support/scoped_environment.h"
 
+#include <QAbstractButton>
 #include <QCheckBox>
 #include <QEventLoop>
 #include <QLabel>
@@ -171,6 +172,11 @@ TEST_F(DeviceWindows, TheCatalogOpensBothToolsModally)
         QString seen;
         when_modal([&seen](QWidget& modal) {
             seen = modal.windowTitle();
+            // Screen readers and automation find each control by its caption and by its name.
+            for (const auto* button : modal.findChildren<QAbstractButton*>()) {
+                EXPECT_EQ(button->accessibleDescription(), button->objectName());
+                EXPECT_EQ(button->accessibleName(), QString(button->text()).remove(u'&'));
+            }
             QTest::keyClick(&modal, Qt::Key_Escape);
         });
         context->catalog.open(entry, &send_form.window());
