@@ -92,7 +92,7 @@ TEST_F(Comm, LinesSetWithoutErrorAndABadLineIsRefused)
 {
     modCOMM comm;
     ASSERT_EQ(comm.CommOpen(1, pair.near_end(), kModemSettings), 0);
-    for (const int line : {kCommDtr, kCommRts}) {
+    for (const int line : {kCommBreak, kCommDtr, kCommRts}) {
         for (const int state : {1, 0}) {
             EXPECT_EQ(comm.CommSetLine(1, line, state), 0) << line << ' ' << comm.last_error().message.toStdString();
         }
@@ -137,6 +137,10 @@ TEST_F(Comm, FailuresNameTheStepAndTheSystemsReason)
     EXPECT_EQ(comm.last_error().source, u"CommRead (ClearCommError)"_s);
     EXPECT_EQ(comm.CommWrite(5, "x"), -EBADF);
     EXPECT_EQ(comm.last_error().source, u"CommWrite (WriteFile)"_s);
+    EXPECT_EQ(comm.CommSetLine(5, kCommDtr, 1), EBADF);
+    EXPECT_EQ(comm.last_error().source, u"CommSetLine (EscapeCommFunction)"_s);
+    EXPECT_EQ(comm.CommSet(5, kModemSettings), EBADF);
+    EXPECT_EQ(comm.last_error().source, u"CommSet (GetCommState)"_s);
     EXPECT_EQ(comm.CommFlush(5), EBADF);
     EXPECT_EQ(comm.last_error().source, u"CommFlush (PurgeComm)"_s);
     for (const int outside : {0, 65}) {
