@@ -102,6 +102,31 @@ bool is_pseudo_terminal(const QSerialPort& port)
     return QFileInfo(port.portName()).canonicalFilePath().startsWith(u"/dev/pts/"_s);
 }
 
+// Sets or clears one of the lines. A pseudo-terminal has no modem lines to drive: there the request has
+// nothing to do, and is no failure.
+bool drive_line(QSerialPort& port, int line, bool set)
+{
+    bool done = false;
+    switch (line) {
+    case kCommBreak:
+        done = port.setBreakEnabled(set);
+        break;
+    case kCommDtr:
+        done = port.setDataTerminalReady(set);
+        break;
+    case kCommRts:
+        done = port.setRequestToSend(set);
+        break;
+    default:
+        return false;
+    }
+    if (!done && port.error() == QSerialPort::UnsupportedOperationError && is_pseudo_terminal(port)) {
+        port.clearError();
+        done = true;
+    }
+    return done;
+}
+
 } // namespace
 
 struct modCOMM::Entry
@@ -217,8 +242,8 @@ int modCOMM::apply_settings(Entry& target, const QString& settings, const QStrin
     const bool applied = port.setBaudRate(next.baud) && port.setParity(to_port(next.parity)) &&
                          port.setDataBits(static_cast<QSerialPort::DataBits>(next.data_bits)) &&
                          port.setStopBits(to_port(next.stop_bits)) && port.setFlowControl(flow) &&
-                         (!wanted->dtr || port.setDataTerminalReady(*wanted->dtr)) &&
-                         (!wanted->rts || port.setRequestToSend(*wanted->rts));
+                         (!wanted->dtr || drive_line(port, kCommDtr, *wanted->dtr)) &&
+                         (!wanted->rts || drive_line(port, kCommRts, *wanted->rts));
     if (!applied) {
         return fail_port(target, routine + u" (SetCommState)"_s);
     }
@@ -309,26 +334,10 @@ int modCOMM::CommSetLine(int port, int line, int state)
     if (found == nullptr || !found->open) {
         return fail(EBADF, source, qt_error_string(EBADF));
     }
-    const bool set = state > 0;
-    bool done = false;
-    switch (line) {
-    case kCommBreak:
-        done = found->port.setBreakEnabled(set);
-        break;
-    case kCommDtr:
-        done = found->port.setDataTerminalReady(set);
-        break;
-    case kCommRts:
-        done = found->port.setRequestToSend(set);
-        break;
-    default:
+    if (line != kCommBreak && line != kCommDtr && line != kCommRts) {
         return fail(EINVAL, source, qt_error_string(EINVAL));
     }
-    // A pseudo-terminal has no modem lines to drive: the request has nothing to do there, and is no failure.
-    if (!done && found->port.error() == QSerialPort::UnsupportedOperationError && is_pseudo_terminal(found->port)) {
-        found->port.clearError();
-        done = true;
-    }
+    const bool done = drive_line(found->port, line, state > 0);
     return done ? 0 : fail_port(*found, source);
 }
 

@@ -82,6 +82,8 @@ TEST_F(Comm, OpensAppliesTheSettingsAndCarriesTextBothWays)
 
     EXPECT_EQ(comm.CommSet(1, u"2400,n,8,1"_s), 0);
     EXPECT_EQ(comm.port_state(1).baud, 2400);
+    EXPECT_EQ(comm.CommSet(1, u"baud=1200 dtr=on rts=on"_s), 0) << comm.last_error().message.toStdString();
+    EXPECT_EQ(comm.port_state(1).baud, 1200);
     EXPECT_EQ(comm.CommFlush(1), 0);
     EXPECT_EQ(comm.CommClose(1), 0);
     EXPECT_FALSE(comm.is_open(1));
