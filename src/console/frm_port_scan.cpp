@@ -22,7 +22,8 @@ using devices::ProbeKind;
 
 frmPortScan::frmPortScan(ConsoleContext& context, QWidget* parent)
     : QDialog(parent), m_context(context),
-      m_scan({[this](ProbeKind kind, bool passed, const QString& reason) { probe_done(kind, passed, reason); },
+      m_scan({[this](ProbeKind kind) { probe_started(kind); },
+              [this](ProbeKind kind, bool passed, const QString& reason) { probe_done(kind, passed, reason); },
               [this] { scan_finished(); }})
 {
     setObjectName(u"frmPortScan"_s);
@@ -104,11 +105,23 @@ void frmPortScan::prepare_boxes()
             box->setToolTip(unavailable);
         }
     }
+    m_all_available = available == static_cast<int>(m_boxes.size());
+    show_note();
+    btnScan->setEnabled(available > 0);
+}
+
+void frmPortScan::show_note()
+{
     // Greyed boxes alone would not say why: a line under them does.
     lblNote->setText(u"A route without a test endpoint cannot be tried; the endpoints are set in Settings > "
                      "Connection."_s);
-    lblNote->setVisible(available < static_cast<int>(m_boxes.size()));
-    btnScan->setEnabled(available > 0);
+    lblNote->setVisible(!m_all_available);
+}
+
+void frmPortScan::probe_started(ProbeKind kind)
+{
+    lblNote->setText(u"Trying %1 ..."_s.arg(visible_caption(m_boxes.at(kind)->text())));
+    lblNote->setVisible(true);
 }
 
 void frmPortScan::scan()
@@ -140,12 +153,14 @@ void frmPortScan::probe_done(ProbeKind kind, bool passed, const QString& reason)
 void frmPortScan::scan_finished()
 {
     m_busy.reset();
+    show_note();
 }
 
 void frmPortScan::stop_scan()
 {
     m_scan.stop();
     m_busy.reset();
+    show_note();
 }
 
 void frmPortScan::reject()

@@ -39,7 +39,9 @@ protected:
 private:
     void build_controls();
     void prepare_boxes();
+    void show_note();
     void scan();
+    void probe_started(devices::ProbeKind kind);
     void probe_done(devices::ProbeKind kind, bool passed, const QString& reason);
     void scan_finished();
     void stop_scan();
@@ -49,6 +51,7 @@ private:
     devices::PortScan m_scan;
     std::optional<devices::ProbeLimits> m_limits;
     std::unique_ptr<BusyLock> m_busy;
+    bool m_all_available = false;
     std::map<devices::ProbeKind, QCheckBox*> m_boxes;
     QCheckBox* chkSmtp = nullptr;
     QCheckBox* chkSslTls = nullptr;

@@ -374,6 +374,9 @@ void PortScan::next()
                                               }
                                               next();
                                           });
+    if (m_callbacks.probe_started) {
+        m_callbacks.probe_started(request.kind);
+    }
     m_probe->start();
 }
 

@@ -111,6 +111,7 @@ public:
     };
     struct Callbacks
     {
+        std::function<void(ProbeKind kind)> probe_started;
         std::function<void(ProbeKind kind, bool passed, const QString& reason)> probe_done;
         std::function<void()> finished;
     };

@@ -154,12 +154,14 @@ TEST_F(DeviceWindows, PortScanTriesTheSetEndpointsAndExplainsTheMissingOne)
     auto& run = control<QPushButton>(scan, "btnScan");
     QTest::mouseClick(&run, Qt::LeftButton);
     EXPECT_FALSE(box(scan, "chkSmtp").isEnabled());
+    EXPECT_EQ(control<QLabel>(scan, "lblNote").text(), u"Trying Port 25 (SMTP) ..."_s);
     ASSERT_TRUE(wait_until([&run] { return run.isEnabled(); }));
     EXPECT_TRUE(box(scan, "chkSmtp").isChecked());
     EXPECT_FALSE(box(scan, "chkSnpp").isChecked());
     EXPECT_FALSE(box(scan, "chkSnpp").toolTip().isEmpty());
     EXPECT_FALSE(box(scan, "chkSslTls").isChecked());
     EXPECT_FALSE(wctp.isEnabled());
+    EXPECT_TRUE(control<QLabel>(scan, "lblNote").text().contains(u"Settings > Connection"_s));
 }
 
 TEST_F(DeviceWindows, TheCatalogOpensBothToolsModally)

@@ -91,7 +91,8 @@ protected:
     {
         Outcome outcome;
         bool finished = false;
-        PortScan scan({[&outcome](ProbeKind, bool passed, const QString& reason) {
+        PortScan scan({{},
+                       [&outcome](ProbeKind, bool passed, const QString& reason) {
                            outcome = {passed, reason};
                        },
                        [&finished] { finished = true; }});
