@@ -64,6 +64,9 @@ void frmPortScan::build_controls()
     }
     lblNote = make_control<QLabel>(this, "lblNote");
     lblNote->setWordWrap(true);
+    // Room for two lines at all times, so that the window keeps its size as the line changes.
+    lblNote->setMinimumHeight(2 * lblNote->fontMetrics().lineSpacing());
+    lblNote->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     column->addWidget(lblNote);
     column->addSpacing(8);
     auto* buttons = new QHBoxLayout;
@@ -113,15 +116,14 @@ void frmPortScan::prepare_boxes()
 void frmPortScan::show_note()
 {
     // Greyed boxes alone would not say why: a line under them does.
-    lblNote->setText(u"A route without a test endpoint cannot be tried; the endpoints are set in Settings > "
-                     "Connection."_s);
-    lblNote->setVisible(!m_all_available);
+    lblNote->setText(m_all_available ? QString()
+                                     : u"A route without a test endpoint cannot be tried; the endpoints are set in "
+                                       "Settings > Connection."_s);
 }
 
 void frmPortScan::probe_started(ProbeKind kind)
 {
     lblNote->setText(u"Trying %1 ..."_s.arg(visible_caption(m_boxes.at(kind)->text())));
-    lblNote->setVisible(true);
 }
 
 void frmPortScan::scan()
@@ -140,6 +142,7 @@ void frmPortScan::scan()
         return;
     }
     m_busy = std::make_unique<BusyLock>(*this);
+    lblNote->setEnabled(true); // the line that says what is being tried stays readable
     m_scan.start(requests);
 }
 
