@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QSerialPortInfo>
 #include <algorithm>
+#include <optional>
 #include <tuple>
 
 using namespace Qt::StringLiterals;
@@ -52,13 +53,9 @@ QStringList system_serial_ports()
 
 namespace {
 
-QString device_of(int number, const QStringList& system_ports)
+QString overridden_device(int number)
 {
-    QString overridden = qEnvironmentVariable(qPrintable(u"CVD_COM%1"_s.arg(number)));
-    if (!overridden.isEmpty()) {
-        return overridden;
-    }
-    return number <= system_ports.size() ? system_ports.at(number - 1) : QString();
+    return qEnvironmentVariable(qPrintable(u"CVD_COM%1"_s.arg(number)));
 }
 
 } // namespace
@@ -68,15 +65,28 @@ QString serial_port_device(int number)
     if (number < 1) {
         return {};
     }
-    return device_of(number, system_serial_ports());
+    QString overridden = overridden_device(number);
+    if (!overridden.isEmpty()) {
+        return overridden;
+    }
+    const QStringList ports = system_serial_ports();
+    return number <= ports.size() ? ports.at(number - 1) : QString();
 }
 
 QStringList serial_port_devices(int count)
 {
-    const QStringList system_ports = system_serial_ports();
     QStringList devices;
+    // The system's list takes a while to make; it is asked for only when a number is not named by hand.
+    std::optional<QStringList> system_ports;
     for (int number = 1; number <= count; ++number) {
-        devices.append(device_of(number, system_ports));
+        QString device = overridden_device(number);
+        if (device.isEmpty()) {
+            if (!system_ports) {
+                system_ports = system_serial_ports();
+            }
+            device = system_ports->value(number - 1);
+        }
+        devices.append(device);
     }
     return devices;
 }

@@ -79,7 +79,11 @@ TEST(SerialPorts, AnEnvironmentVariableNamesAPortsDevice)
     EXPECT_TRUE(serial_port_device(-3).isEmpty());
     environment.unset("CVD_COM7");
     const QStringList system = system_serial_ports();
-    EXPECT_EQ(serial_port_device(7), system.size() >= 7 ? system.at(6) : QString());
+    EXPECT_EQ(serial_port_device(7), system.value(6));
+    environment.set("CVD_COM2", u"/tmp/modem-two"_s);
+    const QStringList numbered = serial_port_devices(3);
+    const QStringList expected = {system.value(0), u"/tmp/modem-two"_s, system.value(2)};
+    EXPECT_EQ(numbered, expected);
 }
 
 } // namespace
