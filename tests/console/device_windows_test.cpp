@@ -74,7 +74,7 @@ TEST_F(DeviceWindows, ModemScanTicksThePortWhereAModemAnswered)
     ModemDouble mute(silent.far_end(), ModemDouble::Answer::Silent);
     use_pairs(answering, silent);
 
-    console::frmModemScan scan(*context, &send_form.window(), 100);
+    console::frmModemScan scan(*context, &send_form.window(), 50);
     scan.show();
     EXPECT_EQ(scan.windowTitle(), u"Scan for Modems"_s);
     EXPECT_EQ(control<QLabel>(scan, "lblDevice1").text(), answering.near_end());
