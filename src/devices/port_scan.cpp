@@ -200,8 +200,17 @@ PortProbe::PortProbe(ProbeKind kind, Endpoint endpoint, ProbeLimits limits, cons
     QObject::connect(&m_socket, &QSslSocket::connected, [this] { connected(); });
     QObject::connect(&m_socket, &QSslSocket::encrypted, [this] { encrypted(); });
     QObject::connect(&m_socket, &QSslSocket::readyRead, [this] { received(); });
-    QObject::connect(&m_socket, &QSslSocket::errorOccurred,
-                     [this](QAbstractSocket::SocketError) { finish(false, m_socket.errorString()); });
+    QObject::connect(&m_socket, &QSslSocket::errorOccurred, [this](QAbstractSocket::SocketError) {
+        // A web server may answer without a line end and hang up at once: any answer counts.
+        if (m_phase == Phase::HttpAnswer) {
+            m_received += m_socket.readAll();
+            if (!m_received.isEmpty()) {
+                finish(true, u"Answered: "_s + QString::fromUtf8(m_received.left(80)).trimmed());
+                return;
+            }
+        }
+        finish(false, m_socket.errorString());
+    });
 }
 
 PortProbe::~PortProbe()

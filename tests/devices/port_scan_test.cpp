@@ -177,6 +177,14 @@ TEST_F(PortScanning, WctpPostsWithItsHeadersAndAnyAnswerPasses)
     EXPECT_EQ(outcome.reason, u"Answered: HTTP/1.1 404 Not Found"_s);
     const QByteArray request_head = "POST / HTTP/1.1\r\nHost: 127.0.0.1:" + QByteArray::number(server.port()) + "\r\n";
     EXPECT_TRUE(server.received.startsWith(request_head));
+    testing::LineServer curt("", [](const QByteArray& line) {
+        return line.startsWith("POST ") ? QByteArray("HTTP/1.0 400 Bad") : QByteArray();
+    });
+    curt.hang_up_after_reply = true;
+    const Outcome cut_short = probe(ProbeKind::Wctp, curt.port());
+    EXPECT_TRUE(cut_short.passed) << cut_short.reason.toStdString();
+    EXPECT_EQ(cut_short.reason, u"Answered: HTTP/1.0 400 Bad"_s);
+
     for (const char* header :
          {"\r\nContent-Type: text/xml\r\n", "\r\nContent-Length: 0\r\n", "\r\nUser-Agent: CorvaneDesk/5.0.0\r\n"}) {
         EXPECT_TRUE(server.received.contains(header)) << header;

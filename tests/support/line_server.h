@@ -75,6 +75,8 @@ public:
 
     quint16 port() const { return serverPort(); }
     QByteArray received;
+    // Hang up right after the first reply that is not empty.
+    bool hang_up_after_reply = false;
 
 protected:
     void incomingConnection(qintptr descriptor) override
@@ -104,8 +106,11 @@ private:
         while ((end = m_pending.indexOf('\n')) >= 0) {
             const QByteArray line = m_pending.left(end).trimmed();
             m_pending.remove(0, end + 1);
-            if (m_reply) {
-                socket.write(m_reply(line));
+            const QByteArray answer = m_reply ? m_reply(line) : QByteArray();
+            socket.write(answer);
+            if (hang_up_after_reply && !answer.isEmpty()) {
+                socket.disconnectFromHost();
+                return;
             }
             if (line == "STARTTLS" && m_certificate != nullptr && !socket.isEncrypted()) {
                 socket.startServerEncryption();
