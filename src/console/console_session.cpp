@@ -4,6 +4,7 @@
 #include "console/about_form.h"
 #include "console/carrier_windows.h"
 #include "console/control_map.h"
+#include "console/device_windows.h"
 #include "console/frm_adhoc.h"
 #include "console/frm_failure_warning.h"
 #include "console/frm_folders.h"
@@ -108,6 +109,7 @@ void ConsoleSession::wire_doors()
     register_carrier_windows(context);
     register_recipient_windows(context);
     register_queue_windows(context);
+    register_device_windows(context);
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);

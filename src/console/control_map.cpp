@@ -4,6 +4,7 @@
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QFile>
 #include <QLabel>
 #include <QSaveFile>
@@ -40,7 +41,7 @@ QString map_line(const QString& name, const QRect& global, const QString& captio
 
 } // namespace
 
-QString control_map_text(const QWidget& window)
+QString control_map_text(const QWidget& window, const QString& prefix)
 {
     QString text;
     const QList<QWidget*> controls = window.findChildren<QWidget*>();
@@ -48,14 +49,30 @@ QString control_map_text(const QWidget& window)
         if (control->objectName().isEmpty() || !control->isVisibleTo(&window)) {
             continue;
         }
+        const QString name = prefix + control->objectName();
         const QRect global(control->mapToGlobal(QPoint(0, 0)), control->size());
-        text += map_line(control->objectName(), global, caption_of(*control));
+        text += map_line(name, global, caption_of(*control));
+        if (const auto* button = qobject_cast<const QAbstractButton*>(control); button && button->isCheckable()) {
+            text += map_line(name + u"[checked]"_s, global, button->isChecked() ? u"1"_s : u"0"_s);
+        }
         const auto* list = qobject_cast<const QAbstractItemView*>(control);
         if (list != nullptr && list->model() != nullptr && list->model()->rowCount() > 0) {
             const QModelIndex first = list->model()->index(0, 0);
             const QRect row = list->visualRect(first);
             const QRect row_global(list->viewport()->mapToGlobal(row.topLeft()), row.size());
-            text += map_line(control->objectName() + u"[0]"_s, row_global, first.data().toString());
+            text += map_line(name + u"[0]"_s, row_global, first.data().toString());
+        }
+    }
+    return text;
+}
+
+QString program_map_text(const QWidget& main_window)
+{
+    QString text = control_map_text(main_window);
+    const QList<QWidget*> windows = QApplication::topLevelWidgets();
+    for (const QWidget* window : windows) {
+        if (window != &main_window && window->isVisible() && !window->objectName().isEmpty()) {
+            text += control_map_text(*window, window->objectName() + u"/"_s);
         }
     }
     return text;
@@ -70,7 +87,7 @@ void publish_control_map(QWidget& window)
     auto write = [&window, path] {
         QSaveFile file(path);
         if (file.open(QIODevice::WriteOnly)) {
-            file.write(control_map_text(window).toUtf8());
+            file.write(program_map_text(window).toUtf8());
             file.commit();
         }
     };
