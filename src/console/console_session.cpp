@@ -12,6 +12,7 @@
 #include "console/frm_password_setup.h"
 #include "console/frm_spell_check.h"
 #include "console/help_viewer.h"
+#include "console/log_windows.h"
 #include "console/preset_form.h"
 #include "console/program_icon.h"
 #include "console/send_form.h"
@@ -100,6 +101,7 @@ void ConsoleSession::wire_doors()
     // The windows of the menu's later entries, family by family; each adds its entries to the catalog.
     doors.has_window = [&context](const QString& entry) { return context.catalog.has(entry); };
     doors.open_window = [&context](const QString& entry) { context.catalog.open(entry); };
+    register_log_windows(context);
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);
