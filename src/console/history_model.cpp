@@ -97,7 +97,12 @@ int HistoryModel::columnCount(const QModelIndex& parent) const
 
 QVariant HistoryModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid() || role != Qt::DisplayRole) {
+    if (!index.isValid()) {
+        return {};
+    }
+    // A message longer than its column reads whole in the tooltip.
+    const bool message_tip = role == Qt::ToolTipRole && index.column() == queue::kHistoryMessage;
+    if (role != Qt::DisplayRole && !message_tip) {
         return {};
     }
     return history_row(index.row()).columns[index.column()];

@@ -37,13 +37,16 @@ const QString kWritePrefix = u"history_"_s;
 
 constexpr int kMinimumWidthTwips = 9500;
 constexpr int kMinimumHeightTwips = 1700;
-constexpr int kFirstHeightTwips = 6000;
+// The size at first use: wide enough that the message column shows beside the others.
+constexpr int kFirstWidthTwips = 14500;
+constexpr int kFirstHeightTwips = 6500;
 constexpr int kPrintMarginTwips = 720;
 
 // Widths of the visible columns in pixels; the message takes the rest.
-constexpr int kDateWidth = 150;
+constexpr int kCellPadding = 16;
 constexpr int kStatusWidth = 80;
-constexpr int kNameWidth = 180;
+constexpr int kToWidth = 160;
+constexpr int kFromWidth = 110;
 
 QFont fixed_pitch_font()
 {
@@ -62,7 +65,7 @@ log_form::log_form(ConsoleContext& context) : m_context(context)
     SettingsStore& settings = m_context.state.settings;
     setMinimumSize(twips_to_pixels(kMinimumWidthTwips, *this), twips_to_pixels(kMinimumHeightTwips, *this));
     if (!restore_geometry(*this, settings, kReadPrefix)) {
-        resize(twips_to_pixels(kMinimumWidthTwips, *this), twips_to_pixels(kFirstHeightTwips, *this));
+        resize(twips_to_pixels(kFirstWidthTwips, *this), twips_to_pixels(kFirstHeightTwips, *this));
         if (m_context.send_form != nullptr) {
             center_on_form(*this, m_context.send_form->window());
         }
@@ -94,12 +97,17 @@ void log_form::build_controls()
     for (const int hidden : {queue::kHistoryMessageId, queue::kHistoryRequestedFloat, queue::kHistorySentFloat}) {
         Status_Grid->setColumnHidden(hidden, true);
     }
-    headings->setSectionResizeMode(queue::kHistoryMessage, QHeaderView::Stretch);
-    Status_Grid->setColumnWidth(queue::kHistoryRequested, kDateWidth);
-    Status_Grid->setColumnWidth(queue::kHistorySent, kDateWidth);
+    // The message takes what the window has left (the number columns behind it are out of sight).
+    headings->setStretchLastSection(true);
+    // A date column is as wide as a date of two-digit day and hour in the locale's format.
+    const int date_width = Status_Grid->fontMetrics().horizontalAdvance(
+                               queue::general_date_text(QDateTime(QDate(2026, 12, 28), QTime(23, 58, 58)))) +
+                           kCellPadding;
+    Status_Grid->setColumnWidth(queue::kHistoryRequested, date_width);
+    Status_Grid->setColumnWidth(queue::kHistorySent, date_width);
     Status_Grid->setColumnWidth(queue::kHistoryStatus, kStatusWidth);
-    Status_Grid->setColumnWidth(queue::kHistorySentTo, kNameWidth);
-    Status_Grid->setColumnWidth(queue::kHistorySentFrom, kNameWidth);
+    Status_Grid->setColumnWidth(queue::kHistorySentTo, kToWidth);
+    Status_Grid->setColumnWidth(queue::kHistorySentFrom, kFromWidth);
 
     btnDetails = make_control<QPushButton>(this, "btnDetails", u"Details"_s);
     btnFind = make_control<QPushButton>(this, "btnFind", u"Find"_s);

@@ -33,7 +33,8 @@ const QString kGeometryPrefix = u"activity_"_s;
 
 constexpr int kMinimumWidthTwips = 6300;
 constexpr int kMinimumHeightTwips = 1700;
-constexpr int kFirstHeightTwips = 5000;
+constexpr int kFirstWidthTwips = 9500;
+constexpr int kFirstHeightTwips = 6000;
 constexpr int kPrintPointSize = 8;
 constexpr int kPrintMarginTwips = 720;
 
@@ -45,7 +46,7 @@ modem_log_form::modem_log_form(ConsoleContext& context) : m_context(context)
     build_controls();
     setMinimumSize(twips_to_pixels(kMinimumWidthTwips, *this), twips_to_pixels(kMinimumHeightTwips, *this));
     if (!restore_geometry(*this, m_context.state.settings, kGeometryPrefix)) {
-        resize(twips_to_pixels(kMinimumWidthTwips, *this), twips_to_pixels(kFirstHeightTwips, *this));
+        resize(twips_to_pixels(kFirstWidthTwips, *this), twips_to_pixels(kFirstHeightTwips, *this));
         if (m_context.send_form != nullptr) {
             center_on_form(*this, m_context.send_form->window());
         }
