@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <array>
 #include <functional>
 #include <optional>
 
@@ -48,7 +49,7 @@ QString general_number_text(double value);
 struct HistoryRow
 {
     qint64 message_id = 0;
-    QString columns[kHistoryColumnCount];
+    std::array<QString, kHistoryColumnCount> columns;
 
     // The row's whole text, every column joined by tabs, as a search reads it.
     QString text() const;
