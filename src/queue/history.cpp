@@ -82,12 +82,91 @@ QString with_seconds(const QString& format)
     return format.left(minutes + 2) + u":ss"_s + format.mid(minutes + 2);
 }
 
-// The date and time formats of the general date: the locale's short date and its time with seconds.
-const QString& general_date_format()
+// The general date: the locale's short date, then its time with seconds.
+const QString& general_day_format()
 {
-    static const QString format =
-        with_seconds(QLocale().dateFormat(QLocale::ShortFormat) + u' ' + QLocale().timeFormat(QLocale::ShortFormat));
+    static const QString format = QLocale().dateFormat(QLocale::ShortFormat);
     return format;
+}
+
+const QString& general_time_format()
+{
+    static const QString format = with_seconds(QLocale().timeFormat(QLocale::ShortFormat));
+    return format;
+}
+
+// A stored date as its day and time, read without the general text parser and without a local time
+// conversion, both slow when a search reads a million rows. Text of another shape goes the general way.
+struct DayAndTime
+{
+    QDate day;
+    QTime time;
+};
+
+std::optional<DayAndTime> stored_date(const std::optional<QString>& text)
+{
+    if (!text) {
+        return std::nullopt;
+    }
+    const QString& value = *text;
+    auto number = [&value](qsizetype from, qsizetype length) {
+        int result = 0;
+        for (qsizetype i = from; i < from + length; ++i) {
+            const char16_t digit = value.at(i).unicode();
+            if (digit < u'0' || digit > u'9') {
+                return -1;
+            }
+            result = result * 10 + (digit - u'0');
+        }
+        return result;
+    };
+    if (value.size() == 19 && value.at(4) == u'-' && value.at(7) == u'-' && value.at(10) == u' ' &&
+        value.at(13) == u':' && value.at(16) == u':') {
+        const QDate day(number(0, 4), number(5, 2), number(8, 2));
+        const QTime time(number(11, 2), number(14, 2), number(17, 2));
+        if (day.isValid() && time.isValid()) {
+            return DayAndTime{day, time};
+        }
+    }
+    if (const std::optional<QDateTime> parsed = store::parse_date(value)) {
+        return DayAndTime{parsed->date(), parsed->time()};
+    }
+    return std::nullopt;
+}
+
+QString general_date_text(const std::optional<DayAndTime>& value)
+{
+    if (!value) {
+        return {};
+    }
+    // Rows of one day share its text; only the time is formatted for each.
+    static QDate last_day;
+    static QString last_day_text;
+    const QLocale locale;
+    if (value->day != last_day) {
+        last_day = value->day;
+        last_day_text = locale.toString(last_day, general_day_format());
+    }
+    return last_day_text + u' ' + locale.toString(value->time, general_time_format());
+}
+
+double ole_date_number(const std::optional<DayAndTime>& value)
+{
+    if (!value) {
+        return 0;
+    }
+    static const QDate kEpoch(1899, 12, 30);
+    constexpr double kMillisecondsADay = 86400000.0;
+    return static_cast<double>(kEpoch.daysTo(value->day)) +
+           static_cast<double>(value->time.msecsSinceStartOfDay()) / kMillisecondsADay;
+}
+
+std::optional<DayAndTime> day_and_time(const std::optional<QDateTime>& value)
+{
+    if (!value || !value->isValid()) {
+        return std::nullopt;
+    }
+    return DayAndTime{value->date(), value->time()};
 }
 
 QString status_case(StatusRule rule)
@@ -148,8 +227,8 @@ HistoryRow read_row(const store::Statement& select, StatusRule rule)
 {
     HistoryRow row;
     row.message_id = select.integer(0).value_or(0);
-    const std::optional<QDateTime> requested = select.date(1);
-    const std::optional<QDateTime> sent = select.date(2);
+    const std::optional<DayAndTime> requested = stored_date(select.text(1));
+    const std::optional<DayAndTime> sent = stored_date(select.text(2));
     row.columns[kHistoryMessageId] = QString::number(row.message_id);
     row.columns[kHistoryRequested] = general_date_text(requested);
     row.columns[kHistorySent] = general_date_text(sent);
@@ -184,21 +263,12 @@ QString history_status(bool sent, bool error, bool scheduled, StatusRule rule)
 
 QString general_date_text(const std::optional<QDateTime>& value)
 {
-    if (!value || !value->isValid()) {
-        return {};
-    }
-    return QLocale().toString(*value, general_date_format());
+    return general_date_text(day_and_time(value));
 }
 
 double ole_date_number(const std::optional<QDateTime>& value)
 {
-    if (!value || !value->isValid()) {
-        return 0;
-    }
-    static const QDate kEpoch(1899, 12, 30);
-    constexpr double kMillisecondsADay = 86400000.0;
-    return static_cast<double>(kEpoch.daysTo(value->date())) +
-           static_cast<double>(value->time().msecsSinceStartOfDay()) / kMillisecondsADay;
+    return ole_date_number(day_and_time(value));
 }
 
 QString general_number_text(double value)
@@ -301,7 +371,7 @@ void HistoryView::order_into_table()
     m_db.exec(u"CREATE TEMP TABLE "_s + m_order_table + u" (pos INTEGER PRIMARY KEY, id INTEGER NOT NULL)"_s);
     store::Statement fill = m_db.prepare(u"INSERT INTO temp."_s + m_order_table +
                                          u" (pos, id) SELECT NULL, m.cv_message_id FROM cv_messages m "
-                                         u"WHERE m.cv_message_id <= ?1"_s +
+                                         u"WHERE +m.cv_message_id <= ?1"_s +
                                          order_by(m_sort, m_rule));
     fill.bind(1, m_last_id).exec();
 }
@@ -312,7 +382,7 @@ QString HistoryView::select_sql() const
         return kRowColumns + u", o.pos FROM temp."_s + m_order_table +
                u" o JOIN cv_messages m ON m.cv_message_id = o.id WHERE o.pos > ?1 ORDER BY o.pos"_s;
     }
-    return kRowColumns + u" FROM cv_messages m WHERE m.cv_message_id <= ?1"_s + order_by(m_sort, m_rule) +
+    return kRowColumns + u" FROM cv_messages m WHERE +m.cv_message_id <= ?1"_s + order_by(m_sort, m_rule) +
            u" LIMIT -1 OFFSET ?2"_s;
 }
 
