@@ -376,6 +376,14 @@ void HistoryView::order_into_table()
     fill.bind(1, m_last_id).exec();
 }
 
+bool HistoryView::order_table_present()
+{
+    store::Statement check =
+        m_db.prepare(u"SELECT count(*) FROM sqlite_temp_master WHERE type = 'table' AND name = ?1"_s);
+    check.bind(1, m_order_table);
+    return check.step() && check.integer(0).value_or(0) > 0;
+}
+
 QString HistoryView::select_sql() const
 {
     if (ordered_in_table()) {
@@ -408,7 +416,8 @@ QList<HistoryRow> HistoryView::rows(qint64 offset, qint64 count)
 
 void HistoryView::walk(qint64 first, const std::function<bool(qint64, const HistoryRow&)>& visit)
 {
-    if (!ordered_in_table() && first > kDirectDepth) {
+    // A connection opened anew (after a compaction) has lost the temporary order: it is worked out again.
+    if ((!ordered_in_table() && first > kDirectDepth) || (ordered_in_table() && !order_table_present())) {
         order_into_table();
     }
     store::Statement select = m_db.prepare(select_sql());

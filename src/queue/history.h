@@ -111,6 +111,7 @@ public:
 private:
     bool ordered_in_table() const { return !m_order_table.isEmpty(); }
     void order_into_table();
+    bool order_table_present();
     QString select_sql() const;
 
     store::Database& m_db;

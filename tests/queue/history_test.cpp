@@ -250,6 +250,17 @@ TEST_F(HistoryTest, DeepPagesReadTheSameOrderAsTheIndexAndLaterRowsStayOut)
     EXPECT_EQ(walked, 6001);
 }
 
+TEST_F(HistoryTest, AnOrderWorkedOutBeforeTheDatabaseWasOpenedAnewIsWorkedOutAgain)
+{
+    const qint64 late = add({.recipient = u"amy"_s, .requested = u"2026-11-20 10:00:00"_s});
+    const qint64 early = add({.recipient = u"bob"_s, .requested = u"2026-11-20 09:00:00"_s});
+    HistoryView view(db(), HistorySort::ToDescending, StatusRule::FirstFill);
+    const QString path = db().path();
+    db().close();
+    db() = store::Database::open(path);
+    EXPECT_EQ(ids(view.rows(0, 10)), (QList<qint64>{early, late}));
+}
+
 TEST_F(HistoryTest, RequeueSendsAnyRowAgainWithAFreshTransactionEach)
 {
     const qint64 pending = add({.scheduled = -1});
