@@ -10,7 +10,7 @@ namespace cvd::console {
 
 namespace {
 
-constexpr qint64 kPageRows = 256;
+constexpr qint64 kPageRows = queue::kHistoryPageRows;
 // About sixteen thousand rows kept at most, whatever the length of the history.
 constexpr qsizetype kKeptPages = 64;
 

@@ -347,10 +347,6 @@ HistoryView::HistoryView(store::Database& db, HistorySort sort, StatusRule rule)
         m_count = count.integer(0).value_or(0);
         m_last_id = count.integer(1).value_or(0);
     }
-    // Only the request time's order comes straight from an index; every other sort is worked out once.
-    if (definition(sort).keys.front() != kHistoryRequestedFloat) {
-        order_into_table();
-    }
 }
 
 HistoryView::~HistoryView()
@@ -388,10 +384,41 @@ QString HistoryView::select_sql() const
 {
     if (ordered_in_table()) {
         return kRowColumns + u", o.pos FROM temp."_s + m_order_table +
-               u" o JOIN cv_messages m ON m.cv_message_id = o.id WHERE o.pos > ?1 ORDER BY o.pos"_s;
+               u" o JOIN cv_messages m ON m.cv_message_id = o.id WHERE o.pos > ?1 ORDER BY o.pos LIMIT ?3"_s;
     }
     return kRowColumns + u" FROM cv_messages m WHERE +m.cv_message_id <= ?1"_s + order_by(m_sort, m_rule) +
-           u" LIMIT -1 OFFSET ?2"_s;
+           u" LIMIT ?3 OFFSET ?2"_s;
+}
+
+bool HistoryView::read_directly(qint64 first, qint64 limit) const
+{
+    // The request time's order streams from its index, so rows down to some depth are read straight. Any
+    // other order needs a full sort: its first page alone is read straight (the database keeps only the best
+    // rows while it scans), and anything further is worked out once into the table.
+    if (definition(m_sort).keys.front() == kHistoryRequestedFloat) {
+        return first <= kDirectDepth;
+    }
+    return limit >= 0 && first + limit <= kHistoryPageRows;
+}
+
+void HistoryView::read(qint64 first, qint64 limit, const std::function<bool(qint64, const HistoryRow&)>& visit)
+{
+    // A connection opened anew (after a compaction) has lost the temporary order: it is worked out again.
+    if ((!ordered_in_table() && !read_directly(first, limit)) || (ordered_in_table() && !order_table_present())) {
+        order_into_table();
+    }
+    store::Statement select = m_db.prepare(select_sql());
+    select.bind(1, ordered_in_table() ? first : m_last_id).bind(2, first).bind(3, limit);
+    qint64 position = first;
+    while (select.step()) {
+        if (ordered_in_table()) {
+            position = select.integer(9).value_or(position + 1) - 1;
+        }
+        if (!visit(position, read_row(select, m_rule))) {
+            return;
+        }
+        ++position;
+    }
 }
 
 QList<HistoryRow> HistoryView::rows(qint64 offset, qint64 count)
@@ -403,7 +430,7 @@ QList<HistoryRow> HistoryView::rows(qint64 offset, qint64 count)
         return result;
     }
     result.reserve(count);
-    walk(offset, [&result, count, offset](qint64 position, const HistoryRow& row) {
+    read(offset, count, [&result, count, offset](qint64 position, const HistoryRow& row) {
         // A row deleted since the view was taken leaves an empty place, so positions stay where they were.
         while (offset + result.size() < position) {
             result.append(HistoryRow{});
@@ -416,26 +443,7 @@ QList<HistoryRow> HistoryView::rows(qint64 offset, qint64 count)
 
 void HistoryView::walk(qint64 first, const std::function<bool(qint64, const HistoryRow&)>& visit)
 {
-    // A connection opened anew (after a compaction) has lost the temporary order: it is worked out again.
-    if ((!ordered_in_table() && first > kDirectDepth) || (ordered_in_table() && !order_table_present())) {
-        order_into_table();
-    }
-    store::Statement select = m_db.prepare(select_sql());
-    if (ordered_in_table()) {
-        select.bind(1, first);
-    } else {
-        select.bind(1, m_last_id).bind(2, first);
-    }
-    qint64 position = first;
-    while (select.step()) {
-        if (ordered_in_table()) {
-            position = select.integer(9).value_or(position + 1) - 1;
-        }
-        if (!visit(position, read_row(select, m_rule))) {
-            return;
-        }
-        ++position;
-    }
+    read(std::max<qint64>(first, 0), -1, visit);
 }
 
 void requeue_history_rows(store::Database& db, const QList<qint64>& message_ids, const QDateTime& now)

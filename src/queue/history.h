@@ -89,10 +89,14 @@ enum class HistoryLayout { Print, Clipboard };
 QString history_text_heading(HistoryLayout layout);
 QString history_text_line(const HistoryRow& row, HistoryLayout layout);
 
+// The rows a page of the history holds; the first page of any sort is read without sorting every row.
+inline constexpr qint64 kHistoryPageRows = 256;
+
 // The rows of the history in one sort, as they stood when it was taken: rows added later are left out.
 // Pages are read by position. For the sorts that lead with the request time the rows come straight from the
-// index in order; for the others, and for a position deep into a long list, the order is worked out once
-// into a private temporary table of message ids, so that every further page is a range read.
+// index in order; for the others only the first page does, and for them and for a position deep into a long
+// list the order is worked out once into a private temporary table of message ids, so that every further
+// page is a range read.
 class HistoryView
 {
 public:
@@ -113,6 +117,9 @@ private:
     void order_into_table();
     bool order_table_present();
     QString select_sql() const;
+    bool read_directly(qint64 first, qint64 limit) const;
+    // Rows from `first` on, at most `limit` of them (all with -1).
+    void read(qint64 first, qint64 limit, const std::function<bool(qint64, const HistoryRow&)>& visit);
 
     store::Database& m_db;
     HistorySort m_sort;

@@ -248,6 +248,13 @@ TEST_F(HistoryTest, DeepPagesReadTheSameOrderAsTheIndexAndLaterRowsStayOut)
         return true;
     });
     EXPECT_EQ(walked, 6001);
+    // A sort without an index reads its first page straight, and the same rows lead the whole order.
+    HistoryView by_message(db(), HistorySort::MessageAscending, StatusRule::FirstFill);
+    const QList<qint64> first_page = ids(by_message.rows(0, kHistoryPageRows));
+    const QList<qint64> whole = ids(by_message.rows(0, 6001));
+    ASSERT_EQ(whole.size(), 6001);
+    EXPECT_EQ(first_page, whole.mid(0, kHistoryPageRows));
+    EXPECT_EQ(ids(by_message.rows(kHistoryPageRows - 6, 12)), whole.mid(kHistoryPageRows - 6, 12));
 }
 
 TEST_F(HistoryTest, AnOrderWorkedOutBeforeTheDatabaseWasOpenedAnewIsWorkedOutAgain)
