@@ -87,7 +87,7 @@ QString history_database()
 {
     const QString folder = QCoreApplication::applicationDirPath() + u"/../bench_data"_s;
     QDir().mkpath(folder);
-    const QString path = folder + u"/history_1m.mdb"_s;
+    QString path = folder + u"/history_1m.mdb"_s;
     if (!QFile::exists(path)) {
         const QString partial = path + u".part"_s;
         QFile::remove(partial);
