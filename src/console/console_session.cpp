@@ -14,6 +14,7 @@
 #include "console/frm_password_setup.h"
 #include "console/frm_spell_check.h"
 #include "console/help_viewer.h"
+#include "console/log_windows.h"
 #include "console/preset_form.h"
 #include "console/program_icon.h"
 #include "console/queue_windows.h"
@@ -110,6 +111,7 @@ void ConsoleSession::wire_doors()
     register_recipient_windows(context);
     register_queue_windows(context);
     register_device_windows(context);
+    register_log_windows(context);
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);

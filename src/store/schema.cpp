@@ -146,6 +146,8 @@ constexpr Index kGlobalIndexes[] = {
     {"cv_priority_index", "cv_messages", "cv_priority"},
     {"cv_transaction_index", "cv_messages", "cv_transaction"},
     {"cv_due_index", "cv_messages", "cv_scheduled, cv_date_time_requested", "cv_scheduled = 0"},
+    // The history opens in the order of request time, then send time, read straight from this index.
+    {"cv_requested_index", "cv_messages", "cv_date_time_requested, cv_date_time_sent"},
     // The old files named this one cv_carrier_index as well; in SQLite an index name belongs to the whole
     // file, so it needs a name of its own.
     {"cv_carriers_name_index", "cv_carriers", "cv_name"},

@@ -236,7 +236,7 @@ void bring_queue_indexes_up_to_date(Database& db)
         db.exec(u"DROP INDEX \""_s + QString(name).replace(u'"', u"\"\""_s) + u'"');
     }
     const QStringList present = db.index_names(u"cv_messages"_s);
-    for (const QString& index : {u"cv_transaction_index"_s, u"cv_due_index"_s}) {
+    for (const QString& index : {u"cv_transaction_index"_s, u"cv_due_index"_s, u"cv_requested_index"_s}) {
         if (!present.contains(index, Qt::CaseInsensitive)) {
             create_current_index(db, index);
         }

@@ -162,6 +162,7 @@ TEST_P(SchemaLayout, IndexesServeTheQueriesAndNoneIsUnique)
         expected += u"cv_carrier_index cv_messages(cv_carrier);cv_message_id_index cv_messages(cv_message_id);"
                     "cv_priority_index cv_messages(cv_priority);cv_transaction_index cv_messages(cv_transaction);"
                     "cv_due_index cv_messages(cv_scheduled,cv_date_time_requested) partial;"
+                    "cv_requested_index cv_messages(cv_date_time_requested,cv_date_time_sent);"
                     "cv_name_index cv_recipients(cv_name);cv_carriers_name_index cv_carriers(cv_name);"
                     "cv_cpriority_index cv_carriers(cv_priority);cv_counters_id_index cv_counters(cv_id);"
                     "cv_group_index cv_groups(cv_group);oncalltable_index cv_oncalltable(cv_group)"_s.split(u';');
