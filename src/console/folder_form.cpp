@@ -10,6 +10,7 @@
 #include "core/error_path_impl.h"
 #include "core/prompter.h"
 #include "desk/folder_rules.h"
+#include "queue/stored_message.h"
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
@@ -288,12 +289,6 @@ void FolderForm::load_into_send_form(bool hold)
         if (!stored || !m_context.send_form->load_message(stored->recipient, stored->text)) {
             return;
         }
-        queue::ScheduleSelection& selection = m_context.shared.schedule;
-        selection.schedule_time = stored->requested;
-        selection.repeat_stop_time = stored->repeat_stop;
-        selection.repeat_minutes = stored->repeat_interval;
-        selection.schedule_flag = true;
-        selection.repeat_flag = true;
         if (hold) {
             with_retry(state, routine, [&] { return queue::delete_waiting_message(state.global_db, stored->id); });
             state.prompter.show_box(
@@ -301,7 +296,7 @@ void FolderForm::load_into_send_form(bool hold)
                        "make any changes."_s,
                        u"Important - Message Held"_s});
         }
-        selection.dialog_applied = true;
+        m_context.shared.schedule = queue::schedule_of(*stored);
         // The schedule dialog, if open, shows the held message's times when it is opened again.
         if (hold && m_context.doors.unload_schedule) {
             m_context.doors.unload_schedule();

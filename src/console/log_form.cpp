@@ -11,6 +11,7 @@
 #include "core/clock.h"
 #include "core/databases.h"
 #include "core/error_path.h"
+#include "queue/stored_message.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -279,13 +280,7 @@ void log_form::copy_message()
             if (m_context.send_form == nullptr || !m_context.send_form->load_message(stored->recipient, stored->text)) {
                 return;
             }
-            queue::ScheduleSelection& schedule = m_context.shared.schedule;
-            schedule.schedule_time = stored->requested;
-            schedule.repeat_stop_time = stored->repeat_stop;
-            schedule.repeat_minutes = stored->repeat_minutes;
-            schedule.schedule_flag = true;
-            schedule.repeat_flag = true;
-            schedule.dialog_applied = true;
+            m_context.shared.schedule = queue::schedule_of(*stored);
         }
     }
     close();

@@ -123,22 +123,7 @@ QList<FolderRow> folder_rows(store::Database& db, Folder folder, qint64 first_tr
 
 std::optional<StoredMessage> read_folder_message(store::Database& db, Folder folder, qint64 id)
 {
-    store::Statement select =
-        db.prepare(u"SELECT cv_recipient, cv_message, cv_date_time_requested, cv_repeat_stop, cv_repeat_interval "
-                   "FROM cv_messages WHERE (cv_message_id = ?1) AND "_s +
-                   copy_condition(folder));
-    select.bind(1, id);
-    if (!select.step()) {
-        return std::nullopt;
-    }
-    StoredMessage message;
-    message.id = id;
-    message.recipient = select.text(0).value_or(QString());
-    message.text = select.text(1).value_or(QString());
-    message.requested = select.date(2).value_or(QDateTime());
-    message.repeat_stop = select.date(3).value_or(QDateTime());
-    message.repeat_interval = static_cast<qint32>(select.integer(4).value_or(0));
-    return message;
+    return read_stored_message(db, id, copy_condition(folder));
 }
 
 bool delete_waiting_message(store::Database& db, qint64 id)

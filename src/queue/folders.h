@@ -1,5 +1,7 @@
 #pragma once
 
+#include "queue/stored_message.h"
+
 #include <QDateTime>
 #include <QList>
 #include <QString>
@@ -48,17 +50,6 @@ ContentMark content_mark(store::Database& db);
 // The rows of a folder in the order of its date column, recipients joined in the same query. Throws
 // store::Error.
 QList<FolderRow> folder_rows(store::Database& db, Folder folder, qint64 first_transaction);
-
-// A message read back for sending anew (Copy and Edit).
-struct StoredMessage
-{
-    qint64 id = 0;
-    QString recipient;
-    QString text;
-    QDateTime requested;
-    QDateTime repeat_stop;
-    qint32 repeat_interval = 0;
-};
 
 // The row, if it is still in the state the folder shows (unsent for scheduled and pending, sent for sent,
 // failed for bad). Throws store::Error.

@@ -460,22 +460,4 @@ void requeue_history_rows(store::Database& db, const QList<qint64>& message_ids,
     transaction.commit();
 }
 
-std::optional<StoredMessage> read_stored_message(store::Database& db, qint64 message_id)
-{
-    store::Statement select =
-        db.prepare(u"SELECT cv_recipient, cv_message, cv_date_time_requested, cv_repeat_stop, cv_repeat_interval "
-                   u"FROM cv_messages WHERE cv_message_id = ?1"_s);
-    select.bind(1, message_id);
-    if (!select.step()) {
-        return std::nullopt;
-    }
-    StoredMessage stored;
-    stored.recipient = select.text(0).value_or(QString());
-    stored.text = select.text(1).value_or(QString());
-    stored.requested = select.date(2).value_or(QDateTime());
-    stored.repeat_stop = select.date(3).value_or(QDateTime());
-    stored.repeat_minutes = static_cast<qint32>(select.integer(4).value_or(0));
-    return stored;
-}
-
 } // namespace cvd::queue

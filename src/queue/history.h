@@ -133,15 +133,4 @@ private:
 // it was in (also a row still pending). All rows in one step.
 void requeue_history_rows(store::Database& db, const QList<qint64>& message_ids, const QDateTime& now);
 
-// What Copy takes from a stored message for the send window.
-struct StoredMessage
-{
-    QString recipient;
-    QString text;
-    QDateTime requested;
-    QDateTime repeat_stop;
-    qint32 repeat_minutes = 0;
-};
-std::optional<StoredMessage> read_stored_message(store::Database& db, qint64 message_id);
-
 } // namespace cvd::queue

@@ -1,5 +1,6 @@
 #include "core/app_state.h"
 #include "queue/history.h"
+#include "queue/stored_message.h"
 #include "store/database.h"
 #include "support/database_test.h"
 #include "support/printers.h"
