@@ -14,6 +14,7 @@
 #include "console/help_viewer.h"
 #include "console/preset_form.h"
 #include "console/program_icon.h"
+#include "console/report_windows.h"
 #include "console/send_form.h"
 #include "core/app_state.h"
 
@@ -98,6 +99,7 @@ void ConsoleSession::wire_doors()
     doors.help_contents = [&context] { help_contents(context); };
     doors.help_website = [&context] { help_website(context); };
     // The windows of the menu's later entries, family by family; each adds its entries to the catalog.
+    register_report_windows(context);
     doors.has_window = [&context](const QString& entry) { return context.catalog.has(entry); };
     doors.open_window = [&context](const QString& entry) { context.catalog.open(entry); };
     doors.show_monitor = [&context](bool visible) {
