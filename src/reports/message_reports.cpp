@@ -334,7 +334,8 @@ private:
     QList<FileField> message_record(const MessageRow& message, const QString& entry)
     {
         const FileField sent = text_field(general_date(message.sent));
-        const FileField requested = text_field(general_date(message.requested));
+        const FileField requested =
+            text_field(m_layout.scheduled || detail() ? general_date(message.requested) : QString());
         const FileField status = text_field(status_of(message));
         const FileField text = text_field(message.message);
         if (m_layout.scheduled) {

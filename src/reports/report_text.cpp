@@ -22,6 +22,32 @@ QString time_format_with_seconds(const QLocale& locale)
     return format;
 }
 
+// The locale and its formats are looked up once: a report formats hundreds of thousands of dates, and most of
+// them share their day with the one before.
+struct DateTexts
+{
+    QLocale locale = QLocale::system();
+    QString date_format = locale.dateFormat(QLocale::ShortFormat);
+    QString time_format = time_format_with_seconds(locale);
+    QDate last_date;
+    QString last_date_text;
+
+    const QString& date_text(const QDate& date)
+    {
+        if (date != last_date) {
+            last_date = date;
+            last_date_text = locale.toString(date, date_format);
+        }
+        return last_date_text;
+    }
+};
+
+DateTexts& date_texts()
+{
+    thread_local DateTexts texts;
+    return texts;
+}
+
 } // namespace
 
 QString general_date(const QDateTime& value)
@@ -29,22 +55,18 @@ QString general_date(const QDateTime& value)
     if (!value.isValid()) {
         return {};
     }
-    const QLocale locale = QLocale::system();
-    return locale.toString(value.date(), QLocale::ShortFormat) + u' ' +
-           locale.toString(value.time(), time_format_with_seconds(locale));
+    DateTexts& texts = date_texts();
+    return texts.date_text(value.date()) + u' ' + texts.locale.toString(value.time(), texts.time_format);
 }
 
 QString short_date(const QDate& value)
 {
-    return value.isValid() ? QLocale::system().toString(value, QLocale::ShortFormat) : QString();
+    return value.isValid() ? date_texts().date_text(value) : QString();
 }
 
 QString range_text(const QDateTime& start, const QDateTime& end)
 {
-    const QLocale locale = QLocale::system();
-    const QString time_format = time_format_with_seconds(locale);
-    return short_date(start.date()) + u' ' + locale.toString(start.time(), time_format) + u" to "_s +
-           short_date(end.date()) + u' ' + locale.toString(end.time(), time_format);
+    return general_date(start) + u" to "_s + general_date(end);
 }
 
 QString subject_line(const QString& kind, const ReportRequest& request)
