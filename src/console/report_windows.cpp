@@ -52,8 +52,9 @@ void register_report_windows(ConsoleContext& context)
         {u"mnuListGroups", reports::GroupList},
         {u"mnuListCarriers", reports::CarrierList},
     };
-    for (const auto& [entry, type] : entries) {
-        context.catalog.add(QString::fromUtf16(entry),
+    for (const auto& entry : entries) {
+        const int type = entry.second;
+        context.catalog.add(QString::fromUtf16(entry.first),
                             [&context, type](QWidget* caller) { open_report(context, caller, type); });
     }
     // Reached from frmReports' send option: the report its controls describe goes to one recipient.
