@@ -79,7 +79,7 @@ void seed(cvd::store::Database& db)
     }
 }
 
-bool render(cvd::store::Database& db, cvd::reports::ReportRequest request, const QString& path)
+bool render(cvd::store::Database& db, const cvd::reports::ReportRequest& request, const QString& path)
 {
     const cvd::reports::ReportResult result = cvd::reports::build_report(db, request);
     if (!cvd::reports::write_pdf(result.document, path, result.title)) {
