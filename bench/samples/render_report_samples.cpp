@@ -64,7 +64,7 @@ void seed(cvd::store::Database& db)
                    "cv_date_time_sent, cv_sent, cv_scheduled, cv_error, cv_repeat_interval) "
                    "VALUES (?1, ?2, ?3, ?4, ?5, ?6, -1, -1, ?7, 0)"_s);
     const QDateTime day(QDate(2026, 11, 23), QTime(6, 0));
-    for (int i = 0; i < 30; ++i) {
+    for (int i = 0; i < 24; ++i) {
         const Person& p = kPeople[(i * 5) % 6];
         const QDateTime requested = day.addSecs(static_cast<qint64>(i) * 1260);
         message.reset();

@@ -153,6 +153,11 @@ LaidOutPage ReportDocument::lay_out_page(qsizetype page, const QList<qsizetype>&
         place_row(m_body[i], top, laid_out);
         top += m_setup.row_height;
     }
+    // "Page 2 of 7" at the right of the title line, so that loose sheets go back in order.
+    const int number_width = 2200;
+    laid_out.cells.append(PlacedCell{
+        m_setup.width - m_setup.margin_right - number_width, m_setup.header_top, number_width, m_setup.row_height,
+        u"Page "_s + QString::number(page + 1) + u" of "_s + QString::number(starts.size()), false, false, true});
     return laid_out;
 }
 

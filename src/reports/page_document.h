@@ -56,6 +56,7 @@ struct PlacedCell
     QString text;
     bool bold = false;
     bool centred = false;
+    bool right = false; // set against the right edge (the page number)
 };
 
 // A horizontal rule from left to right at y, in twips.

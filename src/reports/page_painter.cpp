@@ -54,6 +54,11 @@ void paint_page(QPainter& painter, const LaidOutPage& page, double pixels_per_tw
         const int baseline = box.top() + (box.height() + metrics.ascent() - metrics.descent()) / 2;
         const bool fits =
             cell.text.size() * widest <= box.width() || metrics.horizontalAdvance(cell.text) <= box.width();
+        if (cell.right) {
+            const int width = metrics.horizontalAdvance(cell.text);
+            painter.drawText(QPoint(box.right() - width, baseline), cell.text);
+            continue;
+        }
         if (cell.centred) {
             const int width = metrics.horizontalAdvance(cell.text);
             painter.drawText(QPoint(box.left() + std::max(0, (box.width() - width) / 2), baseline), cell.text);

@@ -51,7 +51,7 @@ TEST(PageLayout, ACellIsClippedAtTheNextAndTheLastRunsToTheMargin)
     ReportDocument document;
     document.add_body_row({u"#500#A long sent date"_s, u"#3000#Status"_s, u"#5000#Message"_s});
     const LaidOutPage page = document.lay_out().at(0);
-    ASSERT_EQ(page.cells.size(), 3);
+    ASSERT_EQ(page.cells.size(), 4); // and the page number
     const PageSetup setup;
     EXPECT_EQ(page.cells[0].left, setup.margin_left + 500);
     EXPECT_EQ(page.cells[0].width, 2500);
@@ -88,11 +88,19 @@ TEST(PageLayout, TitleCentredAndBoldHeadingRuledAndRepeatedOnEveryPage)
         EXPECT_EQ(page.rules[0].y, setup.header_top + 3 * setup.row_height);
     }
     // The body of the second page goes on where the first stopped, under the same header.
-    const qsizetype on_first = pages[0].cells.size() - 4;
+    const qsizetype on_first = pages[0].cells.size() - 5;
     EXPECT_EQ(pages[1].cells.at(4).text, u"row "_s + QString::number(on_first));
-    EXPECT_EQ(on_first + pages[1].cells.size() - 4, 60);
-    EXPECT_GT(pages[0].cells.last().top + setup.row_height, pages[0].cells.at(3).top);
-    EXPECT_LE(pages[0].cells.last().top + setup.row_height, setup.height - setup.margin_bottom);
+    EXPECT_EQ(on_first + pages[1].cells.size() - 5, 60);
+    const PlacedCell& last_row = pages[0].cells.at(pages[0].cells.size() - 2);
+    EXPECT_GT(last_row.top, pages[0].cells.at(3).top);
+    EXPECT_LE(last_row.top + setup.row_height, setup.height - setup.margin_bottom);
+    EXPECT_GT(last_row.top + 2 * setup.row_height, setup.height - setup.margin_bottom); // the page is full
+    // Each page carries its number at the right of the title line.
+    const PlacedCell& number = pages[1].cells.last();
+    EXPECT_EQ(number.text, u"Page 2 of 2"_s);
+    EXPECT_TRUE(number.right);
+    EXPECT_EQ(number.top, setup.header_top);
+    EXPECT_EQ(number.left + number.width, setup.width - setup.margin_right);
 }
 
 TEST(PageLayout, ForcedBreaksEndPagesAndAnEmptyDocumentHasOnePage)
@@ -107,7 +115,7 @@ TEST(PageLayout, ForcedBreaksEndPagesAndAnEmptyDocumentHasOnePage)
     document.new_page(); // after the last row: no empty page at the end
     const QList<LaidOutPage> pages = document.lay_out();
     ASSERT_EQ(pages.size(), 2);
-    EXPECT_EQ(pages[0].cells.size(), 1);
+    EXPECT_EQ(pages[0].cells.size(), 2); // the row and the page number
     EXPECT_EQ(pages[1].cells.at(1).text, u"third"_s);
 }
 
