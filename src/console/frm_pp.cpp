@@ -7,8 +7,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPageLayout>
-#include <QPageSize>
 #include <QPrintPreviewWidget>
 #include <QPrinter>
 #include <QPushButton>
@@ -30,7 +28,6 @@ frmPP::frmPP(ConsoleContext& context, reports::ReportResult report, QPrinter& pr
 {
     setWindowTitle(u"Print Preview"_s);
     m_printer.setFullPage(true);
-    m_printer.setPageLayout(QPageLayout(QPageSize(QPageSize::Letter), QPageLayout::Portrait, QMarginsF()));
     build_controls();
     publish_accessibility(*this);
 }

@@ -9,6 +9,7 @@
 #include "reports/report_setup.h"
 
 #include <QFileInfo>
+#include <QPageLayout>
 #include <QPrintDialog>
 #include <QPrinter>
 
@@ -37,6 +38,9 @@ void print_report(ConsoleContext& context, QWidget& caller, const reports::Repor
     }
     reports::ReportRequest page_request = request;
     page_request.to_file = false;
+    // The pages are laid out on the chosen printer's paper in its orientation.
+    const QSizeF sheet = printer.pageLayout().fullRect(QPageLayout::Point).size();
+    page_request.page = reports::page_setup_for_sheet(sheet.width(), sheet.height());
     std::optional<reports::ReportResult> report;
     {
         BusyLock busy(caller);

@@ -30,6 +30,20 @@ bool parse_positioned(const QString& text, Cell& cell)
 
 } // namespace
 
+PageSetup page_setup_for_sheet(double width_points, double height_points)
+{
+    PageSetup setup;
+    const int width = static_cast<int>(width_points * 20);
+    const int height = static_cast<int>(height_points * 20);
+    // A sheet must hold the margins and a few rows; anything smaller keeps the letter sheet.
+    if (width > setup.margin_left + setup.margin_right + 2000 &&
+        height > setup.margin_top + setup.margin_bottom + 2000) {
+        setup.width = width;
+        setup.height = height;
+    }
+    return setup;
+}
+
 QList<Cell> parse_cells(const QStringList& strings)
 {
     QList<Cell> cells;

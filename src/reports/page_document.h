@@ -22,6 +22,10 @@ struct PageSetup
     int printable_width() const { return width - margin_left - margin_right; }
 };
 
+// The sheet of a printer's paper, in points, with the margins and row height kept; nothing for a sheet too
+// small to hold them.
+PageSetup page_setup_for_sheet(double width_points, double height_points);
+
 // One cell of a row: its left edge in twips from the left margin and its text.
 struct Cell
 {

@@ -23,7 +23,7 @@ QStringList rows_to_report(const ReportRequest& request)
 
 ReportResult build_report(store::Database& db, const ReportRequest& request)
 {
-    ReportResult result;
+    ReportResult result{{}, ReportDocument(request.page), {}};
     const store::ReadTransaction snapshot(db);
     if (request.type >= RecipientList) {
         directory_report(db, request, result);

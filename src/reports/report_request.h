@@ -48,6 +48,7 @@ struct ReportRequest
     bool page_breaks = false;
     bool members = false; // chkRecipients of the list reports
     bool to_file = false;
+    PageSetup page; // the sheet of the chosen printer; letter unless a printer says otherwise
 };
 
 // A report in one of its two forms: the page document, or the text of the file (quoted records, CR LF).

@@ -119,6 +119,24 @@ TEST(PageLayout, ForcedBreaksEndPagesAndAnEmptyDocumentHasOnePage)
     EXPECT_EQ(pages[1].cells.at(1).text, u"third"_s);
 }
 
+TEST(PageLayout, ThePrintersSheetSetsThePageAndTooSmallASheetKeepsLetter)
+{
+    const PageSetup landscape = page_setup_for_sheet(792, 612);
+    EXPECT_EQ(landscape.width, 15840);
+    EXPECT_EQ(landscape.height, 12240);
+    EXPECT_EQ(landscape.margin_top, 1000);
+    const PageSetup tiny = page_setup_for_sheet(100, 100);
+    EXPECT_EQ(tiny.width, 12240);
+    EXPECT_EQ(tiny.height, 15840);
+    // A wider sheet gives a longer last cell and fewer rows a page.
+    ReportDocument wide(landscape);
+    for (int i = 0; i < 40; ++i) {
+        wide.add_body_row({u"#500#row"_s});
+    }
+    EXPECT_EQ(wide.lay_out().at(0).cells.at(0).width, 15840 - 500 - 360 - 500);
+    EXPECT_EQ(wide.page_count(), 2);
+}
+
 TEST(PageLayout, PdfIsWrittenWithOnePagePerLaidOutPage)
 {
     QTemporaryDir dir;
