@@ -71,6 +71,18 @@ TEST(ReportSetup, ApplyRefusesOnlyWhatItMust)
     EXPECT_EQ(range.end.time(), QTime(9, 30, 15));
 }
 
+TEST(ReportSetup, AllWithSingleRowsListsEverythingOnceAndChosenRowsKeepTheListOrder)
+{
+    reports::ReportRequest request;
+    request.rows = {u"Amy"_s, u"Bo"_s, u"Cy"_s};
+    request.selected = {u"Cy"_s, reports::kAllRow, u"Amy"_s};
+    EXPECT_EQ(reports::rows_to_report(request), request.rows);
+    request.selected = {u"Cy"_s, u"Amy"_s, u"Cy"_s};
+    EXPECT_EQ(reports::rows_to_report(request), (QStringList{u"Amy"_s, u"Cy"_s}));
+    request.selected.clear();
+    EXPECT_TRUE(reports::rows_to_report(request).isEmpty());
+}
+
 class SendReport : public DatabaseTest
 {
 };
