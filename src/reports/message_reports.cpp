@@ -69,6 +69,11 @@ QList<FileField> repeat_fields(const MessageRow& row)
             text_field(general_date(row.repeat_stop))};
 }
 
+// The message text of a detail row wraps at about this many twips a character of the report's type, and its
+// continuation rows stand this far in from the label.
+constexpr int kTwipsPerCharacter = 105;
+constexpr int kMessageIndent = 900;
+
 class MessageReport
 {
 public:
@@ -292,41 +297,55 @@ private:
         }
     }
 
+    // "Message: " and the text, carried on in rows of its own when it is longer than the line, indented under
+    // the label, so that a detail report shows the whole message.
+    void add_message(QStringList cells, int position, const QString& text)
+    {
+        const int continuation = position + kMessageIndent;
+        const qsizetype width = (m_request.page.printable_width() - continuation) / kTwipsPerCharacter;
+        const QStringList lines = wrap_words(text, width);
+        cells.append(u"#"_s + QString::number(position) + u"#Message: "_s + lines.first());
+        add_row(cells);
+        for (qsizetype i = 1; i < lines.size(); ++i) {
+            add_row({u"#"_s + QString::number(continuation) + u'#' + lines[i]});
+        }
+    }
+
     void detail_rows(const MessageRow& message)
     {
         const QString requested = general_date(message.requested);
         const QString sent = general_date(message.sent);
         const QString status = status_of(message);
-        const QString text = u"Message: "_s + one_line(message.message);
+        const QString text = one_line(message.message);
         switch (m_request.type) {
         case SentByCarrier:
             add_row({u"#0#Recipient: "_s + label_of(message), u"#4000#Status: "_s + status});
             add_row({u"#0#Requested: "_s + requested, u"#4000#Sent: "_s + sent});
             add_row(repeat_cells(message, 0, 6000));
-            add_row({u"#0#"_s + text});
+            add_message({}, 0, text);
             break;
         case SentByDate:
             add_row({u"#0#Recipient: "_s + message.recipient, u"#3000#Status: "_s + status,
                      u"#5000#Requested: "_s + requested, u"#8000#Sent: "_s + sent});
             add_row(repeat_cells(message, 0, 5000));
-            add_row({u"#0#"_s + text});
+            add_message({}, 0, text);
             break;
         case ScheduledByRecipient:
             add_row(QStringList{u"#0#Requested: "_s + requested} + repeat_cells(message, 3500, 8200));
-            add_row({u"#0#"_s + text});
+            add_message({}, 0, text);
             break;
         case ScheduledByCarrier:
-            add_row({u"#0#Recipient: "_s + label_of(message), u"#3500#"_s + text});
+            add_message({u"#0#Recipient: "_s + label_of(message)}, 3500, text);
             add_row(QStringList{u"#0#Requested: "_s + requested} + repeat_cells(message, 3500, 8200));
             break;
         case ScheduledByDate:
             add_row(QStringList{u"#0#Requested: "_s + requested} + repeat_cells(message, 3100, 7900));
-            add_row({u"#0#Recipient: "_s + message.recipient, u"#3100#"_s + text});
+            add_message({u"#0#Recipient: "_s + message.recipient}, 3100, text);
             break;
         default:
             add_row({u"#0#Status: "_s + status, u"#2300#Requested:"_s + requested, u"#6000#Sent: "_s + sent});
             add_row(repeat_cells(message, 0, 6000));
-            add_row({u"#0#"_s + text});
+            add_message({}, 0, text);
             break;
         }
     }

@@ -3,6 +3,7 @@
 #include "core/record_format.h"
 
 #include <QLocale>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -84,6 +85,23 @@ QString subject_line(const QString& kind, const ReportRequest& request)
 QString row_name(const QString& row)
 {
     return row.startsWith(u'(') ? row.mid(3).trimmed() : row;
+}
+
+QStringList wrap_words(const QString& text, qsizetype width)
+{
+    QStringList lines;
+    QString rest = text;
+    width = std::max<qsizetype>(width, 10);
+    while (rest.size() > width) {
+        qsizetype cut = rest.lastIndexOf(u' ', width);
+        if (cut <= 0) {
+            cut = width;
+        }
+        lines.append(rest.left(cut));
+        rest = rest.mid(cut).trimmed();
+    }
+    lines.append(rest);
+    return lines;
 }
 
 FileField text_field(const QString& text)

@@ -22,6 +22,10 @@ QString subject_line(const QString& kind, const ReportRequest& request);
 // A list row's name: a row that begins with "(" loses its three-character mark.
 QString row_name(const QString& row);
 
+// The text in lines of at most `width` characters, broken after a blank where there is one; one empty line
+// for an empty text.
+QStringList wrap_words(const QString& text, qsizetype width);
+
 // A field of a record of the file form: quoted text, or a bare number.
 struct FileField
 {

@@ -150,6 +150,32 @@ TEST_F(ReportRoutines, SentByRecipientDetailTotalsAndChosenRows)
     EXPECT_EQ(body_texts(result.document), (QStringList{u"Zed Ward Total: 1"_s, u"Total Messages:1"_s}));
 }
 
+TEST_F(ReportRoutines, ALongMessageCarriesOnInRowsOfItsOwnInDetail)
+{
+    QStringList words;
+    for (int i = 0; i < 60; ++i) {
+        words.append(u"word"_s + QString::number(i));
+    }
+    const QString text = words.join(u' ');
+    add(u"amy"_s, u"MailNet"_s, at(23, 10, 0), at(23, 10, 1), false, text);
+    request.depth = Depth::Detail;
+    request.selected = {u"Amy O'Fox"_s};
+    const reports::ReportResult result = run(reports::SentByRecipient);
+    QStringList message_rows;
+    for (const reports::Row& row : result.document.body()) {
+        const reports::Cell& cell = row.cells.value(0);
+        if (cell.text.startsWith(u"Message: word0 "_s) || (!message_rows.isEmpty() && cell.position == 900)) {
+            message_rows.append(cell.text);
+        }
+    }
+    ASSERT_GE(message_rows.size(), 3);
+    EXPECT_EQ(message_rows.join(u' '), u"Message: "_s + text);
+    for (const QString& line : message_rows) {
+        EXPECT_LE(line.size(), 120);
+    }
+    EXPECT_EQ(reports::wrap_words(u"abcdefghijklmnop"_s, 10), (QStringList{u"abcdefghij"_s, u"klmnop"_s}));
+}
+
 TEST_F(ReportRoutines, SentByRecipientToFileInSummaryAndDetail)
 {
     request.zero = true;
