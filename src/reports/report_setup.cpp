@@ -30,7 +30,8 @@ ReportsSetup reports_setup(int type)
     setup.zero = by != 2;
     static const QString routines[3][3] = {
         {u"ShowRecipients"_s, u"ShowByDate"_s, u"ShowByCarrier"_s},
-        {u"ShowScheduledByRecipient"_s, u"ShowScheduledByDate"_s, u"ShowScheduledByCarrier"_s},
+        // The scheduled reports by recipient and by date have always reported their failures under ShowRecipients.
+        {u"ShowRecipients"_s, u"ShowRecipients"_s, u"ShowScheduledByCarrier"_s},
         {u"ShowStatisticsByRecipient"_s, u"ShowStatisticsByDate"_s, u"ShowStatisticsByCarrier"_s}};
     setup.routine = routines[std::clamp(family, 0, 2)][std::clamp(by - 1, 0, 2)];
     if (family == 1) {

@@ -35,7 +35,8 @@ TEST(ReportSetup, FamiliesOfferTheirOwnGroups)
         EXPECT_EQ((std::array{setup.dates, setup.depth, setup.which, setup.zero, setup.page_breaks, setup.send}),
                   (std::array{c.dates, c.depth, c.which, c.zero, c.page_breaks, c.send}));
     }
-    EXPECT_EQ(reports::reports_setup(11).routine, u"ShowScheduledByRecipient"_s);
+    EXPECT_EQ(reports::reports_setup(11).routine, u"ShowRecipients"_s);
+    EXPECT_EQ(reports::reports_setup(13).routine, u"ShowScheduledByCarrier"_s);
     EXPECT_EQ(reports::list_setup(32).members_caption, u"Members"_s);
     EXPECT_TRUE(reports::list_setup(31).members_caption.isEmpty());
 }
