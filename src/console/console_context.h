@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 
+class QPrinter;
 class QWidget;
 
 namespace cvd {
@@ -48,6 +49,9 @@ struct ConsoleState
     int find_target = 0;
     // The report a menu entry asked for (1 to 23 frmReports, 31 to 33 frmRecipientList).
     int report_type = 0;
+    // The printer dialog of the reports: sets up the printer and says whether to go on. Left empty, the
+    // console shows its print dialog; tests put their own answer here.
+    std::function<bool(QPrinter& printer, QWidget* parent)> choose_printer;
 };
 
 // What the other windows ask of the send window, without including it.

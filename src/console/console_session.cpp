@@ -19,6 +19,7 @@
 #include "console/program_icon.h"
 #include "console/queue_windows.h"
 #include "console/recipient_windows.h"
+#include "console/report_windows.h"
 #include "console/send_form.h"
 #include "console/setup_windows.h"
 #include "core/app_state.h"
@@ -104,6 +105,7 @@ void ConsoleSession::wire_doors()
     doors.help_contents = [&context] { help_contents(context); };
     doors.help_website = [&context] { help_website(context); };
     // The windows of the menu's later entries, family by family; each adds its entries to the catalog.
+    register_report_windows(context);
     doors.has_window = [&context](const QString& entry) { return context.catalog.has(entry); };
     doors.open_window = [&context](const QString& entry) { context.catalog.open(entry); };
     register_setup_windows(context);

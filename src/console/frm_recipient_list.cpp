@@ -1,0 +1,153 @@
+#include "console/frm_recipient_list.h"
+
+#include "console/console_context.h"
+#include "console/controls.h"
+#include "console/report_output.h"
+#include "core/app_state.h"
+#include "core/clock.h"
+#include "core/error_path.h"
+#include "core/prompter.h"
+#include "reports/report_setup.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::console {
+
+frmRecipientList::frmRecipientList(ConsoleContext& context, QWidget* parent)
+    : QDialog(parent), m_context(context), m_type(context.shared.report_type)
+{
+    build_controls();
+    set_up();
+    publish_accessibility(*this);
+}
+
+void frmRecipientList::build_controls()
+{
+    lblRecipient = make_control<QLabel>(this, "lblRecipient", u"Recipient(s)"_s);
+    lstRecipients = make_control<QListWidget>(this, "lstRecipients");
+    lstRecipients->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    lstRecipients->setMinimumSize(240, 220);
+    lblRecipient->setBuddy(lstRecipients);
+    auto* depth = make_control<QGroupBox>(this, "fraDepth", u"Depth"_s);
+    optSummary = make_control<QRadioButton>(depth, "optSummary", u"Summary"_s);
+    optDetail = make_control<QRadioButton>(depth, "optDetail", u"Details"_s);
+    chkRecipients = make_control<QCheckBox>(this, "chkRecipients", u"Recipients"_s);
+    auto* output = make_control<QGroupBox>(this, "fraOutput", u"Output"_s);
+    optPrint = make_control<QRadioButton>(output, "optPrint", u"Print report"_s);
+    chkPreview = make_control<QCheckBox>(output, "chkPreview", u"Preview"_s);
+    optSave = make_control<QRadioButton>(output, "optSave", u"Write report to file"_s);
+    txtSaveTo = make_control<QLineEdit>(output, "txtSaveTo");
+    txtSaveTo->setAccessibleName(u"File name"_s);
+    btnBrowse = make_control<QPushButton>(output, "btnBrowse", u"Browse..."_s);
+    btnPrint = make_control<QPushButton>(this, "btnPrint", u"Print"_s);
+    btnClose = make_control<QPushButton>(this, "btnClose", u"Close"_s);
+    optSummary->setChecked(true);
+    optPrint->setChecked(true);
+    chkPreview->setChecked(true);
+    btnPrint->setDefault(true);
+
+    auto* depth_row = new QVBoxLayout(depth);
+    depth_row->addWidget(optSummary);
+    depth_row->addWidget(optDetail);
+    auto* output_grid = new QGridLayout(output);
+    output_grid->addWidget(optPrint, 0, 0);
+    output_grid->addWidget(chkPreview, 0, 1);
+    output_grid->addWidget(optSave, 1, 0, 1, 2);
+    output_grid->addWidget(txtSaveTo, 2, 0, 1, 2);
+    output_grid->addWidget(btnBrowse, 2, 2);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(btnPrint);
+    buttons->addWidget(btnClose);
+    auto* grid = new QGridLayout(this);
+    grid->addWidget(lblRecipient, 0, 0);
+    grid->addWidget(lstRecipients, 1, 0, 3, 1);
+    grid->addWidget(depth, 1, 1);
+    grid->addWidget(chkRecipients, 2, 1);
+    grid->addWidget(output, 3, 1);
+    grid->addLayout(buttons, 4, 0, 1, 2);
+
+    connect(optPrint, &QRadioButton::toggled, this, &frmRecipientList::output_changed);
+    connect(optSave, &QRadioButton::toggled, this, &frmRecipientList::output_changed);
+    connect(btnBrowse, &QPushButton::clicked, this, [this] {
+        const QString chosen = browse_report_file(m_context, txtSaveTo->text());
+        if (!chosen.isEmpty()) {
+            txtSaveTo->setText(chosen);
+        }
+    });
+    connect(btnPrint, &QPushButton::clicked, this, &frmRecipientList::apply);
+    connect(btnClose, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+void frmRecipientList::set_up()
+{
+    const reports::ListSetup setup = reports::list_setup(m_type);
+    setWindowTitle(setup.caption);
+    lblRecipient->setText(setup.list_caption);
+    chkRecipients->setVisible(!setup.members_caption.isEmpty());
+    chkRecipients->setText(setup.members_caption);
+    output_changed();
+    AppState& state = m_context.state;
+    state.clear_error_counters();
+    const QStringList rows = with_retry(state, u"Procedure: frmRecipientList "_s + setup.routine,
+                                        [&] { return reports::directory_list_rows(state.global_db, m_type); });
+    lstRecipients->addItem(reports::kAllRow);
+    lstRecipients->addItems(rows);
+    lstRecipients->item(0)->setSelected(true);
+}
+
+void frmRecipientList::output_changed()
+{
+    chkPreview->setEnabled(optPrint->isChecked());
+    txtSaveTo->setEnabled(optSave->isChecked());
+    btnBrowse->setEnabled(optSave->isChecked());
+}
+
+reports::ReportRequest frmRecipientList::report_request() const
+{
+    reports::ReportRequest request;
+    request.type = m_type;
+    for (int i = 0; i < lstRecipients->count(); ++i) {
+        const QListWidgetItem* item = lstRecipients->item(i);
+        if (i > 0) {
+            request.rows.append(item->text());
+        }
+        if (item->isSelected()) {
+            request.selected.append(item->text());
+        }
+    }
+    request.now = m_context.state.clock.now();
+    request.depth = optDetail->isChecked() ? reports::Depth::Detail : reports::Depth::Summary;
+    request.members = !chkRecipients->isHidden() && chkRecipients->isChecked();
+    request.to_file = optSave->isChecked();
+    return request;
+}
+
+void frmRecipientList::apply()
+{
+    const reports::ReportRequest request = report_request();
+    const std::optional<Notice> refusal = reports::apply_refusal(m_type, true, request.to_file, txtSaveTo->text());
+    if (refusal) {
+        m_context.state.prompter.show_box(*refusal);
+        return;
+    }
+    if (optSave->isChecked()) {
+        save_report_file(m_context, *this, request, txtSaveTo->text());
+    } else {
+        print_report(m_context, *this, request, chkPreview->isChecked());
+    }
+}
+
+} // namespace cvd::console

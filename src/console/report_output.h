@@ -1,0 +1,25 @@
+#pragma once
+
+#include "reports/report_request.h"
+
+class QWidget;
+
+namespace cvd::console {
+
+struct ConsoleContext;
+
+// The three ways a report leaves frmReports and frmRecipientList.
+enum class ReportOutput { Print, Save, Send };
+
+// To the printer: the printer dialog first (cancelling generates nothing), then the preview, or the pages
+// straight to the printer and the "Report Printed" box.
+void print_report(ConsoleContext& context, QWidget& caller, const reports::ReportRequest& request, bool preview);
+
+// To the file, replaced without a question: the quoted text, or a PDF for a name ending in ".pdf".
+void save_report_file(ConsoleContext& context, QWidget& caller, const reports::ReportRequest& request,
+                      const QString& path);
+
+// The save dialog of btnBrowse: the chosen name, or empty when it was cancelled.
+QString browse_report_file(ConsoleContext& context, const QString& current);
+
+} // namespace cvd::console

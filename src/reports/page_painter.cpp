@@ -1,0 +1,121 @@
+#include "reports/page_painter.h"
+
+#include <QFile>
+#include <QFont>
+#include <QFontMetrics>
+#include <QPageLayout>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QPen>
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace cvd::reports {
+
+namespace {
+
+constexpr double kPointSize = 9.0;
+constexpr int kTextInset = 30; // twips of air at the left of a cell, so that neighbours do not touch
+
+QFont report_font(bool bold)
+{
+    QFont font(u"DejaVu Sans"_s);
+    font.setStyleHint(QFont::SansSerif);
+    font.setPointSizeF(kPointSize);
+    font.setBold(bold);
+    // Without kerning a cell is shaped faster; the columns are set by position anyway.
+    font.setKerning(false);
+    return font;
+}
+
+} // namespace
+
+void paint_page(QPainter& painter, const LaidOutPage& page, double pixels_per_twip)
+{
+    const auto px = [pixels_per_twip](int twips) { return static_cast<int>(std::lround(twips * pixels_per_twip)); };
+    const QFont normal = report_font(false);
+    const QFont bold = report_font(true);
+    painter.setPen(Qt::black);
+    painter.setFont(normal);
+    bool bold_set = false;
+    int widest = painter.fontMetrics().maxWidth();
+    for (const PlacedCell& cell : page.cells) {
+        if (cell.bold != bold_set) {
+            painter.setFont(cell.bold ? bold : normal);
+            bold_set = cell.bold;
+            widest = painter.fontMetrics().maxWidth();
+        }
+        const QRect box(px(cell.left + (cell.centred ? 0 : kTextInset)), px(cell.top),
+                        px(cell.width - (cell.centred ? 0 : kTextInset)), px(cell.height));
+        // Left-aligned text goes straight to its baseline: the laid-out form of drawText costs a text layout
+        // per cell, which over thousands of pages is most of the time.
+        const QFontMetrics metrics = painter.fontMetrics();
+        const int baseline = box.top() + (box.height() + metrics.ascent() - metrics.descent()) / 2;
+        const bool fits =
+            cell.text.size() * widest <= box.width() || metrics.horizontalAdvance(cell.text) <= box.width();
+        if (cell.right) {
+            const int width = metrics.horizontalAdvance(cell.text);
+            painter.drawText(QPoint(box.right() - width, baseline), cell.text);
+            continue;
+        }
+        if (cell.centred) {
+            const int width = metrics.horizontalAdvance(cell.text);
+            painter.drawText(QPoint(box.left() + std::max(0, (box.width() - width) / 2), baseline), cell.text);
+            continue;
+        }
+        if (fits) {
+            painter.drawText(QPoint(box.left(), baseline), cell.text);
+            continue;
+        }
+        painter.save();
+        painter.setClipRect(box);
+        painter.drawText(QPoint(box.left(), baseline), cell.text);
+        painter.restore();
+    }
+    QPen rule_pen(Qt::black);
+    rule_pen.setWidthF(std::max(1.0, 15 * pixels_per_twip));
+    painter.setPen(rule_pen);
+    for (const Rule& rule : page.rules) {
+        painter.drawLine(px(rule.left), px(rule.y), px(rule.right), px(rule.y));
+    }
+}
+
+void render_pages(const ReportDocument& document, QPagedPaintDevice& device, qsizetype first, qsizetype last)
+{
+    const QList<qsizetype> starts = document.page_starts();
+    first = std::max<qsizetype>(first, 1);
+    last = std::min<qsizetype>(last, starts.size());
+    if (first > last) {
+        return;
+    }
+    QPainter painter(&device);
+    const double scale = device.logicalDpiX() / 1440.0;
+    for (qsizetype page = first; page <= last; ++page) {
+        if (page > first) {
+            device.newPage();
+        }
+        paint_page(painter, document.lay_out_page(page - 1, starts), scale);
+    }
+}
+
+bool write_pdf(const ReportDocument& document, const QString& path, const QString& title)
+{
+    {
+        QFile probe(path);
+        if (!probe.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+            return false;
+        }
+    }
+    QPdfWriter writer(path);
+    writer.setTitle(title);
+    writer.setCreator(u"Corvane Desk"_s);
+    writer.setResolution(600);
+    writer.setPageLayout(QPageLayout(QPageSize(QPageSize::Letter), QPageLayout::Portrait, QMarginsF(0, 0, 0, 0)));
+    render_pages(document, writer, 1, document.page_count());
+    return true;
+}
+
+} // namespace cvd::reports
