@@ -85,7 +85,7 @@ void fill_history(const QString& path)
 // The cached million-row file beside the build's binaries, made on first use.
 QString history_database()
 {
-    const QString folder = QCoreApplication::applicationDirPath() + u"/../bench_data"_s;
+    const QString folder = QStringLiteral(CVD_BENCH_CACHE_DIR) + u"/history"_s;
     QDir().mkpath(folder);
     QString path = folder + u"/history_1m.mdb"_s;
     if (!QFile::exists(path)) {
