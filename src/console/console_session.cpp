@@ -3,6 +3,7 @@
 #include "addressbook/presets.h"
 #include "console/about_form.h"
 #include "console/control_map.h"
+#include "console/exchange_windows.h"
 #include "console/frm_adhoc.h"
 #include "console/frm_failure_warning.h"
 #include "console/frm_folders.h"
@@ -100,6 +101,7 @@ void ConsoleSession::wire_doors()
     // The windows of the menu's later entries, family by family; each adds its entries to the catalog.
     doors.has_window = [&context](const QString& entry) { return context.catalog.has(entry); };
     doors.open_window = [&context](const QString& entry) { context.catalog.open(entry); };
+    register_exchange_windows(context);
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);
