@@ -41,7 +41,8 @@ void frmImportText::on_apply()
         running.start();
         result = exchange::import_text(
             m_context.state, chosen_kind(), fFile->text(), fOverwrite->isChecked(),
-            [this, &running](qsizetype done, qsizetype total) { return report_progress(running, done, total); });
+            [this, &running](qsizetype done, qsizetype total) { return report_progress(running, done, total); },
+            exchange::ListPublishing::Later);
         delete m_progress;
     }
     if (result.box) {

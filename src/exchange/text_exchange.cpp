@@ -586,7 +586,7 @@ ExportResult export_text(AppState& state, ExchangeKind kind, const QString& path
 }
 
 ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path, bool overwrite,
-                         const ImportProgress& progress)
+                         const ImportProgress& progress, ListPublishing publishing)
 {
     ImportResult result;
     if (path.isEmpty()) {
@@ -634,9 +634,13 @@ ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path
         result.box = import_error_box();
     }
     if (kind == ExchangeKind::Recipients || kind == ExchangeKind::Groups) {
-        // Other programs see the new names at once, whatever part of the file was taken.
-        intake::publish_recipients(state);
-        intake::publish_groups(state);
+        // Other programs see the new names, whatever part of the file was taken.
+        if (publishing == ListPublishing::Later) {
+            intake::publish_lists_later(state);
+        } else {
+            intake::publish_recipients(state);
+            intake::publish_groups(state);
+        }
     }
     return result;
 }

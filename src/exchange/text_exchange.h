@@ -68,9 +68,13 @@ inline constexpr qsizetype kProgressStep = 250;
 // a failed statement ends it the same way, with none of the run's rows kept. With `overwrite` an existing row
 // of the same name is replaced; without, the record is skipped. An import of recipients or groups publishes
 // both lists of names to the machine store afterwards, whatever part of the file was taken.
+// How the lists of names reach the machine store after an import: before import_text returns, or written by
+// a worker while the window goes on (a list of 50,000 names is 50,000 files).
+enum class ListPublishing { Now, Later };
+
 // When `progress` stops the run, the box says that nothing was imported and no list is published.
 ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path, bool overwrite,
-                         const ImportProgress& progress = {});
+                         const ImportProgress& progress = {}, ListPublishing publishing = ListPublishing::Now);
 
 } // namespace exchange
 } // namespace cvd

@@ -2,6 +2,7 @@
 
 #include "core/app_state.h"
 #include "core/clock.h"
+#include "core/databases.h"
 #include "core/error_path.h"
 #include "core/text.h"
 #include "platform/files.h"
@@ -11,7 +12,9 @@
 #include "store/unique.h"
 
 #include <QCoreApplication>
+#include <QThreadPool>
 #include <cstdio>
+#include <mutex>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -31,20 +34,50 @@ QString runtime_file(const QString& runtime_dir, const char* name)
     return folder + QLatin1StringView(name);
 }
 
-// Rebuilds one list key with a numeric 0 value per name the query gives. Every failure is passed over.
-void publish_names(AppState& state, const QString& key, const QString& sql)
+// One list is written at a time, whether by the program's thread or by the publishing worker.
+std::mutex& publishing_mutex()
 {
-    state.registry.delete_key(kHive, key);
-    state.registry.create_key(kHive, key);
+    static std::mutex mutex;
+    return mutex;
+}
+
+// Rebuilds one list key with a numeric 0 value per name the query gives, put in place at once so that other
+// programs never read half a list. Every failure is passed over.
+void publish_names(store::Database& db, platform::Registry& registry, const QString& key, const QString& sql)
+{
+    const std::lock_guard lock(publishing_mutex());
+    QList<std::pair<QString, QString>> values;
     try {
-        store::Statement select = state.global_db.prepare(sql);
+        store::Statement select = db.prepare(sql);
         while (select.step()) {
-            const QString name = select.text(0).value_or(QString());
-            state.registry.write_number(kHive, key, name, 0);
+            values.append({select.text(0).value_or(QString()), u"0"_s});
         }
     } catch (const store::Error&) {
         // The lists are a courtesy to other programs: a failure leaves them short and nothing more.
     }
+    registry.replace_key(kHive, key, values);
+}
+
+QString recipient_names_sql()
+{
+    namespace recipients = store::tables::recipients;
+    return u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
+           store::tables::is_false(recipients::group);
+}
+
+QString group_names_sql()
+{
+    namespace recipients = store::tables::recipients;
+    return u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
+           store::tables::is_true(recipients::group);
+}
+
+// The worker of publish_lists_later: one thread, so publications keep the order they were asked in.
+QThreadPool& publishing_worker()
+{
+    static QThreadPool pool;
+    pool.setMaxThreadCount(1);
+    return pool;
 }
 
 // One subkey of `Messages` as the other program left it.
@@ -166,20 +199,30 @@ bool IntegrationStopRequest(AppState& state)
 
 void publish_recipients(AppState& state)
 {
-    namespace recipients = store::tables::recipients;
-    using store::tables::is_false;
-    publish_names(state, recipients_key(),
-                  u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
-                      is_false(recipients::group));
+    publish_names(state.global_db, state.registry, recipients_key(), recipient_names_sql());
 }
 
 void publish_groups(AppState& state)
 {
-    namespace recipients = store::tables::recipients;
-    using store::tables::is_true;
-    publish_names(state, groups_key(),
-                  u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
-                      is_true(recipients::group));
+    publish_names(state.global_db, state.registry, groups_key(), group_names_sql());
+}
+
+void publish_lists_later(AppState& state)
+{
+    publishing_worker().start([path = global_db_path(state), registry = state.registry]() mutable {
+        try {
+            store::Database db = store::Database::open(path);
+            publish_names(db, registry, recipients_key(), recipient_names_sql());
+            publish_names(db, registry, groups_key(), group_names_sql());
+        } catch (const store::Error&) {
+            // A database that cannot be opened leaves the lists as they were; they are a courtesy.
+        }
+    });
+}
+
+void wait_for_publishing()
+{
+    publishing_worker().waitForDone();
 }
 
 void check_registry(AppState& state)

@@ -6,6 +6,7 @@
 #include "console/frm_on_call_sched.h"
 #include "console_test.h"
 #include "exchange/text_exchange.h"
+#include "intake/registry_transfer.h"
 #include "store/database.h"
 
 #include <QApplication>
@@ -200,6 +201,10 @@ TEST_F(ExchangeWindows, ImportSkipsExistingNamesUnlessOverwriteIsTicked)
     control<QPushButton>(window, "btnApply").click();
     EXPECT_EQ(count(u"SELECT count(*) FROM cv_recipients WHERE cv_full_name = 'Ann Again'"_s), 1);
     EXPECT_EQ(count(u"SELECT count(*) FROM cv_recipients WHERE cv_name IN ('ann', 'cy')"_s), 2);
+    // The names reach the machine store from the publishing worker.
+    intake::wait_for_publishing();
+    EXPECT_EQ(state->registry.value_names(platform::Hive::LocalMachine, intake::recipients_key()),
+              (QStringList{u"ann"_s, u"bob"_s, u"cy"_s}));
     EXPECT_EQ(
         env.prompter.boxes,
         (QList<Notice>{{u"1 recipient records imported,\n1 recipient records skipped."_s, u"Import Complete"_s},
