@@ -39,7 +39,8 @@ frmOnCallSched::frmOnCallSched(ConsoleContext& context, QString group, QWidget* 
     OnCallGrid->setSelectionMode(QAbstractItemView::ExtendedSelection);
     OnCallGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     OnCallGrid->verticalHeader()->hide();
-    OnCallGrid->horizontalHeader()->setStretchLastSection(true);
+    // Six short columns share the width evenly, so no day name or time is cut off.
+    OnCallGrid->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     btnAdd = make_control<QPushButton>(this, "btnAdd", u"&Add"_s);
     btnEdit = make_control<QPushButton>(this, "btnEdit", u"&Edit"_s);
     btnDelete = make_control<QPushButton>(this, "btnDelete", u"&Delete"_s);
@@ -61,7 +62,6 @@ frmOnCallSched::frmOnCallSched(ConsoleContext& context, QString group, QWidget* 
         OnCallGrid->insertRow(OnCallGrid->rowCount());
         set_row(OnCallGrid->rowCount() - 1, row);
     }
-    OnCallGrid->resizeColumnsToContents();
 
     connect(btnAdd, &QPushButton::clicked, this, &frmOnCallSched::add_span);
     connect(btnEdit, &QPushButton::clicked, this, &frmOnCallSched::edit_span);
