@@ -98,7 +98,7 @@ QString make_recipients_file(const QString& folder, int count)
         }
         transaction.commit();
     }
-    const QString path = folder + u"/recip.txt"_s;
+    QString path = folder + u"/recip.txt"_s;
     cvd::exchange::export_text(source.state, cvd::exchange::ExchangeKind::Recipients, path);
     return path;
 }

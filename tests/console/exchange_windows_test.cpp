@@ -82,7 +82,7 @@ protected:
 
     QString write_file(const QString& name, const QByteArray& content)
     {
-        const QString path = env.path(name);
+        QString path = env.path(name);
         QFile out(path);
         out.open(QIODevice::WriteOnly);
         out.write(content);
