@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QProgressDialog>
+#include <QScopeGuard>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -37,16 +38,27 @@ void frmImportText::on_apply()
     exchange::ImportResult result;
     {
         BusyLock lock(*this);
+        m_running = true;
+        const auto finished = qScopeGuard([this] {
+            delete m_progress;
+            m_running = false;
+        });
         QElapsedTimer running;
         running.start();
         result = exchange::import_text(
             m_context.state, chosen_kind(), fFile->text(), fOverwrite->isChecked(),
             [this, &running](qsizetype done, qsizetype total) { return report_progress(running, done, total); },
             exchange::ListPublishing::Later);
-        delete m_progress;
     }
     if (result.box) {
         m_context.state.prompter.show_box(*result.box);
+    }
+}
+
+void frmImportText::reject()
+{
+    if (!m_running) {
+        QDialog::reject();
     }
 }
 

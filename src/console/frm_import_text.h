@@ -20,6 +20,9 @@ public:
     // How long a run goes before its progress shows; tests shorten it.
     void set_progress_delay(int milliseconds) { m_progress_delay = milliseconds; }
 
+    // Escape and the window's close button wait while a run holds the database.
+    void reject() override;
+
 private:
     std::optional<QString> choose_file(const FileChoice& choice) override;
     void on_apply() override;
@@ -30,6 +33,7 @@ private:
     QCheckBox* fOverwrite;
     QPointer<QProgressDialog> m_progress;
     int m_progress_delay = exchange::kProgressDelayMs;
+    bool m_running = false;
 };
 
 } // namespace cvd::console

@@ -222,6 +222,7 @@ TEST_F(ExchangeWindows, CancelOfARunningImportLeavesNothing)
     const QString path = write_file(u"recip.txt"_s, content);
     console::frmImportText window(*context, &send_form.window());
     window.set_progress_delay(0);
+    window.show();
     control<QRadioButton>(window, "optRecipients").setChecked(true);
     control<QLineEdit>(window, "fFile").setText(path);
 
@@ -233,6 +234,9 @@ TEST_F(ExchangeWindows, CancelOfARunningImportLeavesNothing)
         {
             if (auto* progress = qobject_cast<QProgressDialog*>(watched); progress && event->type() == QEvent::Show) {
                 ++shown;
+                // Escape on the window waits for the run; Cancel on the progress stops it.
+                QMetaObject::invokeMethod(qobject_cast<QDialog*>(progress->parentWidget()), &QDialog::reject,
+                                          Qt::QueuedConnection);
                 QMetaObject::invokeMethod(progress, &QProgressDialog::cancel, Qt::QueuedConnection);
             }
             return false;
@@ -247,6 +251,7 @@ TEST_F(ExchangeWindows, CancelOfARunningImportLeavesNothing)
               (QList<Notice>{{u"The import was cancelled. Nothing was imported."_s, u"Import Cancelled"_s}}));
     EXPECT_EQ(count(u"SELECT count(*) FROM cv_recipients"_s), 4);
     EXPECT_EQ(window.findChild<QProgressDialog*>(), nullptr);
+    EXPECT_TRUE(window.isVisible()) << "the window stayed open through the run";
 }
 
 TEST_F(ExchangeWindows, CatalogOpensTheRosterOfTheChosenGroupOverTheCaller)
