@@ -272,5 +272,27 @@ TEST_F(ExchangeWindows, CatalogOpensTheRosterOfTheChosenGroupOverTheCaller)
     EXPECT_EQ(seen, (QStringList{u"caller"_s, u"Ann Smith"_s, u"Bob Jones"_s}));
 }
 
+TEST_F(ExchangeWindows, BoxesAreNamedByTheCaptionBesideThemForScreenReaders)
+{
+    console::frmImportText import(*context, &send_form.window());
+    console::frmExportText exporting(*context, &send_form.window());
+    console::frmAddOncall span(*context, u"ops"_s, std::nullopt, &send_form.window());
+    console::frmOnCallSched roster(*context, u"ops"_s, &send_form.window());
+    const std::tuple<QWidget*, const char*, QString> cases[] = {
+        {&import, "fFile", u"File to Import From:"_s},
+        {&import, "fOverwrite", u"Overwrite existing matching records"_s},
+        {&import, "optMembers", u"Import Group Members"_s},
+        {&exporting, "fFile", u"File to Export To:"_s},
+        {&span, "fuser", u"Recipient"_s},
+        {&span, "fstop_time", u"Stop Time"_s},
+        {&roster, "btnAccept", u"Apply"_s},
+    };
+    for (const auto& [window, name, caption] : cases) {
+        auto& box = control<QWidget>(*window, name);
+        EXPECT_EQ(box.accessibleName(), caption) << name;
+        EXPECT_EQ(box.accessibleDescription(), QString::fromLatin1(name));
+    }
+}
+
 } // namespace
 } // namespace cvd::testing
