@@ -6,6 +6,7 @@
 #include "store/tables.h"
 
 #include <QDateTime>
+#include <iterator>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -146,6 +147,11 @@ int roster_day_number(const QString& name)
     return 0;
 }
 
+QStringList roster_day_names()
+{
+    return QStringList(std::begin(kDayNames), std::end(kDayNames));
+}
+
 QString roster_time_text(QTime time)
 {
     return time.toString(u"h:mm AP"_s);
@@ -186,6 +192,12 @@ std::optional<RosterGridRow> new_roster_row(const QString& group, const QString&
     }
     return RosterGridRow{
         group, recipient, start_day, roster_time_text(start_time), stop_day, roster_time_text(stop_time)};
+}
+
+RosterGridRow edited_roster_row(const RosterGridRow& row, const QString& recipient, const QString& start_day,
+                                QTime start_time, const QString& stop_day, QTime stop_time)
+{
+    return {row.group, recipient, start_day, roster_time_text(start_time), stop_day, roster_time_text(stop_time)};
 }
 
 void apply_roster(AppState& state, const QString& group, const QList<RosterGridRow>& rows)

@@ -15,6 +15,8 @@ namespace addressbook {
 // Day codes of the roster: 1 "Sunday" to 7 "Saturday". Another code gives empty text, an unknown name 0.
 QString roster_day_name(int day);
 int roster_day_number(const QString& name);
+// "Sunday" to "Saturday", as the day lists of the span dialog offer them.
+QStringList roster_day_names();
 
 // A time of day as the grid shows it, without seconds ("8:00 AM"), and read back from the grid or from a
 // stored value; nullopt when the text holds no time.
@@ -45,6 +47,10 @@ QStringList roster_member_choices(AppState& state, const QString& group);
 // and nothing is said.
 std::optional<RosterGridRow> new_roster_row(const QString& group, const QString& recipient, const QString& start_day,
                                             QTime start_time, const QString& stop_day, QTime stop_time);
+
+// The grid row the span dialog leaves in edit mode: the group stays, every other column takes the dialog's value.
+RosterGridRow edited_roster_row(const RosterGridRow& row, const QString& recipient, const QString& start_day,
+                                QTime start_time, const QString& stop_day, QTime stop_time);
 
 // Replaces the group's whole roster by the grid rows, in grid order, in one transaction ("Procedure:
 // frmOnCallSched_btnAccept"). The recipient column is resolved by full name (the first recipient wins); a text

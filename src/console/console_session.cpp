@@ -5,6 +5,7 @@
 #include "console/carrier_windows.h"
 #include "console/control_map.h"
 #include "console/device_windows.h"
+#include "console/exchange_windows.h"
 #include "console/frm_adhoc.h"
 #include "console/frm_failure_warning.h"
 #include "console/frm_folders.h"
@@ -114,6 +115,7 @@ void ConsoleSession::wire_doors()
     register_queue_windows(context);
     register_device_windows(context);
     register_log_windows(context);
+    register_exchange_windows(context);
     doors.show_monitor = [&context](bool visible) {
         if (visible) {
             frmMonitor& monitor = context.windows.open<frmMonitor>(context);

@@ -39,6 +39,8 @@ void Dispatcher::unload()
         receive();
         intake::check_wm_list(m_state, m_channel.reg_messages());
     }
+    // The lists an import left to the publishing worker are finished before the program says it has stopped.
+    intake::wait_for_publishing();
     intake::UpdateIntegrationRunning(m_state, m_integration, 0);
     m_channel.close();
 }

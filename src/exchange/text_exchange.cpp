@@ -8,6 +8,7 @@
 #include "store/tables.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QList>
 #include <QStringList>
 #include <variant>
@@ -419,21 +420,28 @@ private:
 struct RunOutcome
 {
     Counts counts;
-    bool complete = false; // every record was taken
+    bool complete = false;  // every record was taken
+    bool cancelled = false; // the progress hook stopped the run; its transaction was rolled back
 };
 
 // Takes the data records from `first` on in one transaction, so that other processes see the run all at once
 // and a failed statement leaves none of its rows. A record that cannot be read ends the run, and the records
 // before it are kept, as they always have been.
 RunOutcome import_records(store::Database& db, ExchangeKind kind, const ParsedFile& parsed, qsizetype first,
-                          bool overwrite)
+                          bool overwrite, const ImportProgress& progress)
 {
     store::Transaction transaction(db);
     RunOutcome outcome;
+    const qsizetype total = parsed.records.size() - first;
     {
         Importer importer(db, kind, overwrite);
         try {
             for (qsizetype i = first; i < parsed.records.size(); ++i) {
+                const qsizetype done = i - first;
+                if (progress && done % kProgressStep == 0 && !progress(done, total)) {
+                    outcome.cancelled = true;
+                    return outcome; // the transaction rolls back: the run leaves nothing
+                }
                 importer.take(record_values(parsed.records.at(i), columns_of(kind)));
             }
             outcome.complete = !parsed.malformed;
@@ -442,8 +450,18 @@ RunOutcome import_records(store::Database& db, ExchangeKind kind, const ParsedFi
         }
         outcome.counts = importer.counts();
     }
+    // A Cancel pressed while the last records were taken still counts: the run is not kept.
+    if (progress && !progress(total, total)) {
+        outcome.cancelled = true;
+        return outcome;
+    }
     transaction.commit();
     return outcome;
+}
+
+Notice import_cancelled_box()
+{
+    return {u"The import was cancelled. Nothing was imported."_s, u"Import Cancelled"_s};
 }
 
 Notice import_error_box()
@@ -525,6 +543,19 @@ QString browse_filter()
     return u"Text File (*.txt)|*.txt"_s;
 }
 
+QString browse_name_filter()
+{
+    return browse_filter().section(u'|', 0, 0);
+}
+
+QString with_default_extension(const QString& path)
+{
+    if (path.isEmpty() || QFileInfo(path).fileName().contains(u'.')) {
+        return path;
+    }
+    return path + u".txt"_s;
+}
+
 ExportResult export_text(AppState& state, ExchangeKind kind, const QString& path)
 {
     ExportResult result;
@@ -554,7 +585,8 @@ ExportResult export_text(AppState& state, ExchangeKind kind, const QString& path
     return result;
 }
 
-ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path, bool overwrite)
+ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path, bool overwrite,
+                         const ImportProgress& progress, ListPublishing publishing)
 {
     ImportResult result;
     if (path.isEmpty()) {
@@ -587,7 +619,12 @@ ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path
     }
 
     try {
-        const RunOutcome run = import_records(state.global_db, kind, parsed, first, overwrite);
+        const RunOutcome run = import_records(state.global_db, kind, parsed, first, overwrite, progress);
+        if (run.cancelled) {
+            result.box = import_cancelled_box();
+            result.cancelled = true;
+            return result; // nothing changed, so there is nothing to publish
+        }
         result.imported = run.counts.imported;
         result.skipped = run.counts.skipped;
         result.box = run.complete ? import_complete_box(kind, run.counts) : import_error_box();
@@ -597,9 +634,13 @@ ImportResult import_text(AppState& state, ExchangeKind kind, const QString& path
         result.box = import_error_box();
     }
     if (kind == ExchangeKind::Recipients || kind == ExchangeKind::Groups) {
-        // Other programs see the new names at once, whatever part of the file was taken.
-        intake::publish_recipients(state);
-        intake::publish_groups(state);
+        // Other programs see the new names, whatever part of the file was taken.
+        if (publishing == ListPublishing::Later) {
+            intake::publish_lists_later(state);
+        } else {
+            intake::publish_recipients(state);
+            intake::publish_groups(state);
+        }
     }
     return result;
 }

@@ -2,6 +2,7 @@
 
 #include "core/app_state.h"
 #include "core/clock.h"
+#include "core/databases.h"
 #include "core/error_path.h"
 #include "core/text.h"
 #include "platform/files.h"
@@ -12,7 +13,9 @@
 
 #include <QCoreApplication>
 #include <QSet>
+#include <QThreadPool>
 #include <cstdio>
+#include <mutex>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -32,16 +35,26 @@ QString runtime_file(const QString& runtime_dir, const char* name)
     return folder + QLatin1StringView(name);
 }
 
-// Brings one list key to a numeric 0 value per name the query gives. Only the difference is written: a start
-// with ten thousand recipients would otherwise delete and write ten thousand files each time, and a reader
-// never sees the list empty in between. Only this program writes these values, so one whose name is there
-// already is kept as it is. Every failure is passed over: the list is left with the names read until then.
-void publish_names(AppState& state, const QString& key, const QString& sql)
+// One list is written at a time, whether by the program's thread or by the publishing worker.
+std::mutex& publishing_mutex()
 {
+    static std::mutex mutex;
+    return mutex;
+}
+
+// Brings one list key to a numeric 0 value per name the query gives. A list that changed in a few names
+// (the usual start, or one recipient added) gets just those names written or deleted: a start over ten
+// thousand recipients writes no file. A list that changed in most of its names (an import) is written anew
+// beside the key and put in place at once, in half the file operations, so that other programs never read
+// half a list. Only this program writes these values, so one whose name is there already is kept as it is.
+// Every failure is passed over: the list is left with the names read until then.
+void publish_names(store::Database& db, platform::Registry& registry, const QString& key, const QString& sql)
+{
+    const std::lock_guard lock(publishing_mutex());
     QSet<QString> wanted;
     QStringList in_order;
     try {
-        store::Statement select = state.global_db.prepare(sql);
+        store::Statement select = db.prepare(sql);
         while (select.step()) {
             const QString name = select.text(0).value_or(QString());
             if (!wanted.contains(name)) {
@@ -52,19 +65,57 @@ void publish_names(AppState& state, const QString& key, const QString& sql)
     } catch (const store::Error&) {
         // The lists are a courtesy to other programs: a failure leaves them short and nothing more.
     }
-    state.registry.create_key(kHive, key);
-    const QStringList present = state.registry.value_names(kHive, key);
+    const QStringList present = registry.value_names(kHive, key);
     const QSet<QString> already(present.cbegin(), present.cend());
+    QStringList gone;
+    QStringList added;
     for (const QString& name : present) {
         if (!wanted.contains(name)) {
-            state.registry.delete_value(kHive, key, name);
+            gone.append(name);
         }
     }
-    for (const QString& name : in_order) {
+    for (const QString& name : std::as_const(in_order)) {
         if (!already.contains(name)) {
-            state.registry.write_number(kHive, key, name, 0);
+            added.append(name);
         }
     }
+    if (!registry.key_exists(kHive, key) || 2 * (gone.size() + added.size()) > in_order.size()) {
+        QList<std::pair<QString, QString>> values;
+        values.reserve(in_order.size());
+        for (const QString& name : std::as_const(in_order)) {
+            values.append({name, u"0"_s});
+        }
+        registry.replace_key(kHive, key, values);
+        return;
+    }
+    for (const QString& name : std::as_const(gone)) {
+        registry.delete_value(kHive, key, name);
+    }
+    for (const QString& name : std::as_const(added)) {
+        registry.write_number(kHive, key, name, 0);
+    }
+}
+
+QString recipient_names_sql()
+{
+    namespace recipients = store::tables::recipients;
+    return u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
+           store::tables::is_false(recipients::group);
+}
+
+QString group_names_sql()
+{
+    namespace recipients = store::tables::recipients;
+    return u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
+           store::tables::is_true(recipients::group);
+}
+
+// The worker of publish_lists_later: one thread, so publications keep the order they were asked in.
+QThreadPool& publishing_worker()
+{
+    static QThreadPool pool;
+    pool.setMaxThreadCount(1);
+    return pool;
 }
 
 // One subkey of `Messages` as the other program left it.
@@ -186,20 +237,30 @@ bool IntegrationStopRequest(AppState& state)
 
 void publish_recipients(AppState& state)
 {
-    namespace recipients = store::tables::recipients;
-    using store::tables::is_false;
-    publish_names(state, recipients_key(),
-                  u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
-                      is_false(recipients::group));
+    publish_names(state.global_db, state.registry, recipients_key(), recipient_names_sql());
 }
 
 void publish_groups(AppState& state)
 {
-    namespace recipients = store::tables::recipients;
-    using store::tables::is_true;
-    publish_names(state, groups_key(),
-                  u"SELECT " % recipients::name % u" FROM " % recipients::table % u" WHERE " %
-                      is_true(recipients::group));
+    publish_names(state.global_db, state.registry, groups_key(), group_names_sql());
+}
+
+void publish_lists_later(AppState& state)
+{
+    publishing_worker().start([path = global_db_path(state), registry = state.registry]() mutable {
+        try {
+            store::Database db = store::Database::open(path);
+            publish_names(db, registry, recipients_key(), recipient_names_sql());
+            publish_names(db, registry, groups_key(), group_names_sql());
+        } catch (const store::Error&) {
+            // A database that cannot be opened leaves the lists as they were; they are a courtesy.
+        }
+    });
+}
+
+void wait_for_publishing()
+{
+    publishing_worker().waitForDone();
 }
 
 void check_registry(AppState& state)

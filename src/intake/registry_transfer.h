@@ -44,6 +44,12 @@ bool IntegrationStopRequest(AppState& state);
 // lists are a courtesy to other programs and must never stop the console.
 void publish_recipients(AppState& state);
 void publish_groups(AppState& state);
+// Both lists, published on a worker thread of their own, so that a list of tens of thousands of names never
+// holds up the window that changed it. The worker reads the names through its own connection when it runs,
+// so it publishes what is committed by then; publications, these and the ones above, run one at a time.
+void publish_lists_later(AppState& state);
+// Waits until every publication asked for is written: before a program ends, and in tests.
+void wait_for_publishing();
 
 // Takes in the complete messages that other programs left under `Messages`: one Waiting row per subkey for a
 // known recipient, and the subkey deleted; incomplete subkeys stay for a later tick.

@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QStringDecoder>
 #include <algorithm>
 #include <cerrno>
@@ -37,6 +38,28 @@ QStringList key_levels(const QString& key)
 bool is_key_level(const QString& name)
 {
     return !name.isEmpty() && !name.contains(u'\\') && !name.contains(u'/');
+}
+
+// The bytes of a text value. Reading drops one newline; a value that ends in one gets another so that it reads
+// back as written.
+QByteArray value_bytes(const QString& value)
+{
+    QByteArray bytes = value.toUtf8();
+    if (bytes.endsWith('\n')) {
+        bytes += '\n';
+    }
+    return bytes;
+}
+
+// Writes a value file into a folder nobody else reads yet; no temporary file is needed there.
+bool write_new_value(const QByteArray& path, const QByteArray& bytes)
+{
+    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd < 0) {
+        return false;
+    }
+    const bool written = ::write(fd, bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size();
+    return ::close(fd) == 0 && written;
 }
 
 int hex_digit(char c)
@@ -213,12 +236,39 @@ bool Registry::write_text(Hive hive, const QString& key, const QString& name, co
     if (!key_exists(hive, key)) {
         return false;
     }
-    QByteArray bytes = value.toUtf8();
-    // Reading drops one newline; a value that ends in one gets another so that it reads back as written.
-    if (bytes.endsWith('\n')) {
-        bytes += '\n';
+    return write_file_atomically(QFile::decodeName(value_path(hive, key, name)), value_bytes(value)).ok;
+}
+
+bool Registry::replace_key(Hive hive, const QString& key, const QList<std::pair<QString, QString>>& values)
+{
+    if (key_levels(key).isEmpty()) {
+        return false; // a hive is not a key that can be replaced
     }
-    return write_file_atomically(QFile::decodeName(value_path(hive, key, name)), bytes).ok;
+    const QByteArray folder = key_path(hive, key);
+    const QByteArray parent = folder.left(folder.lastIndexOf('/'));
+    QDir().mkpath(QFile::decodeName(parent));
+    // Hidden names, which no enumeration takes for a subkey.
+    const QByteArray tag = QByteArray::number(QRandomGenerator::global()->generate64(), 16);
+    const QByteArray staging = parent + "/.cvdtmp-new-" + tag;
+    const QByteArray retired = parent + "/.cvdtmp-old-" + tag;
+    if (::mkdir(staging.constData(), 0777) != 0) {
+        return false;
+    }
+    bool written = true;
+    for (const auto& [name, value] : values) {
+        written = written && write_new_value(staging + '/' + encode_name(name), value_bytes(value));
+    }
+    const bool had_key = is_directory(QFile::decodeName(folder));
+    if (!written || (had_key && ::rename(folder.constData(), retired.constData()) != 0)) {
+        QDir(QFile::decodeName(staging)).removeRecursively();
+        return false;
+    }
+    const bool placed = ::rename(staging.constData(), folder.constData()) == 0;
+    if (!placed && had_key) {
+        ::rename(retired.constData(), folder.constData()); // the old list comes back
+    }
+    QDir(QFile::decodeName(placed ? retired : staging)).removeRecursively();
+    return placed;
 }
 
 bool Registry::write_number(Hive hive, const QString& key, const QString& name, qint64 value)

@@ -76,6 +76,12 @@ public:
     bool write_text(Hive hive, const QString& key, const QString& name, const QString& value);
     bool write_number(Hive hive, const QString& key, const QString& name, qint64 value);
     bool delete_value(Hive hive, const QString& key, const QString& name);
+    // Puts in the key's place a key holding exactly these values (name, text), its parents made as needed. The
+    // values are written into a hidden folder beside the key, which then takes the key's place, so a reader
+    // sees the whole old list or the whole new one, never a part; the old key's subkeys go with it. Cheaper
+    // than deleting the key and writing value by value: one file each, no temporary file per value. False
+    // when the new key could not be put in place; the old one then stays.
+    bool replace_key(Hive hive, const QString& key, const QList<std::pair<QString, QString>>& values);
 
     // Enumeration by index in byte order of the names; an index past the end gives an empty text. A folder
     // whose name cannot stand as one level of a key path (empty, or holding a slash or backslash) is not a

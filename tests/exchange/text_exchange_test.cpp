@@ -379,5 +379,58 @@ TEST_F(TextExchangeTest, GroupMembersWithOverwriteKeepOnlyTheLastMemberOfEachGro
     EXPECT_EQ(dump(*state, u"cv_groups"_s), QStringList{u"ops|bob"_s});
 }
 
+TEST_F(TextExchangeTest, ACancelledRunLeavesNothingAndPublishesNothing)
+{
+    const int count = static_cast<int>(kProgressStep) + 10;
+    {
+        store::Transaction transaction(db());
+        for (int i = 0; i < count; ++i) {
+            add_recipient(*state, u"r%1"_s.arg(i), u"R"_s, false);
+        }
+        transaction.commit();
+    }
+    const QString path = env.path(u"recip.txt"_s);
+    ASSERT_EQ(export_text(*state, ExchangeKind::Recipients, path).exported, count);
+    auto target = make_db(u"target"_s);
+    add_recipient(*target, u"kept"_s, u"Kept"_s, false);
+
+    // Cancel after the first report, in the middle of the run, and at its very end.
+    for (const qsizetype stop_at : {qsizetype{0}, kProgressStep, qsizetype{count}}) {
+        QList<std::pair<qsizetype, qsizetype>> reports;
+        const ImportResult cancelled =
+            import_text(*target, ExchangeKind::Recipients, path, false, [&](qsizetype done, qsizetype total) {
+                reports.append({done, total});
+                return done < stop_at;
+            });
+        SCOPED_TRACE(stop_at);
+        EXPECT_TRUE(cancelled.cancelled);
+        EXPECT_FALSE(cancelled.succeeded);
+        EXPECT_EQ(cancelled.box, (Notice{u"The import was cancelled. Nothing was imported."_s, u"Import Cancelled"_s}));
+        EXPECT_EQ(reports.last(), std::make_pair(stop_at, qsizetype{count}));
+        EXPECT_EQ(dump(*target, u"cv_recipients"_s, u"cv_name"_s), QStringList{u"kept"_s});
+        EXPECT_FALSE(target->global_db.in_transaction());
+    }
+    EXPECT_TRUE(target->registry.value_names(platform::Hive::LocalMachine, intake::recipients_key()).isEmpty());
+
+    // A hook that lets the run go on sees it through to the end.
+    qsizetype last_done = -1;
+    const ImportResult done = import_text(*target, ExchangeKind::Recipients, path, false, [&](qsizetype at, qsizetype) {
+        last_done = at;
+        return true;
+    });
+    EXPECT_TRUE(done.succeeded);
+    EXPECT_EQ(done.imported, count);
+    EXPECT_EQ(last_done, count);
+}
+
+TEST(ExchangeBrowse, TheChooserTakesTheFilterAndAPathWithoutExtensionGetsTxt)
+{
+    EXPECT_EQ(browse_name_filter(), u"Text File (*.txt)"_s);
+    EXPECT_EQ(with_default_extension(u"/tmp/out"_s), u"/tmp/out.txt"_s);
+    EXPECT_EQ(with_default_extension(u"/tmp/a.b/out"_s), u"/tmp/a.b/out.txt"_s);
+    EXPECT_EQ(with_default_extension(u"/tmp/out.csv"_s), u"/tmp/out.csv"_s);
+    EXPECT_EQ(with_default_extension(QString()), QString());
+}
+
 } // namespace
 } // namespace cvd::exchange

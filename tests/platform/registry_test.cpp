@@ -222,6 +222,24 @@ TEST_F(RegistryTest, AFailedWriteLeavesTheOldValue)
     EXPECT_EQ(all_entries(folder()), QStringList{u"To"_s}) << "no temporary file is left behind";
 }
 
+TEST_F(RegistryTest, AReplacedKeyHoldsExactlyTheNewValuesAndLeavesNoHiddenFolder)
+{
+    ASSERT_TRUE(m_registry.write_text(Hive::LocalMachine, kKey, u"old"_s, u"1"_s));
+    ASSERT_TRUE(m_registry.create_key(Hive::LocalMachine, kKey + u"\\Sub"_s));
+    const QList<std::pair<QString, QString>> values = {{u"ann"_s, u"0"_s}, {u"a/b"_s, u"line\n"_s}, {u"ann"_s, u"0"_s}};
+    ASSERT_TRUE(m_registry.replace_key(Hive::LocalMachine, kKey, values));
+    EXPECT_EQ(m_registry.values(Hive::LocalMachine, kKey),
+              (QList<std::pair<QString, QString>>{{u"a/b"_s, u"line\n"_s}, {u"ann"_s, u"0"_s}}));
+    EXPECT_TRUE(m_registry.subkeys(Hive::LocalMachine, kKey).isEmpty());
+    EXPECT_EQ(all_entries(m_registry.key_folder(Hive::LocalMachine, u"SOFTWARE\\Halvern"_s)),
+              QStringList{u"CorvaneDesk"_s});
+
+    // A key that was not there is made with its parents; an empty list leaves an empty key.
+    ASSERT_TRUE(m_registry.replace_key(Hive::CurrentUser, u"New\\List"_s, {}));
+    EXPECT_TRUE(m_registry.key_exists(Hive::CurrentUser, u"New\\List"_s));
+    EXPECT_FALSE(m_registry.replace_key(Hive::CurrentUser, QString(), values)) << "a hive is not a key";
+}
+
 TEST(RegistryRoot, VariableThenMachineFolderThenStateFolder)
 {
     QTemporaryDir dir;
