@@ -20,6 +20,7 @@ namespace cvd::console {
 
 add_group::add_group(ConsoleContext& context, QWidget* parent) : GroupForm(context, true, parent)
 {
+    setObjectName(u"add_group"_s);
     setWindowTitle(u"Add Group"_s);
     if (const std::optional<Notice> refusal = addressbook::add_group_window_refusal(m_context.state)) {
         m_context.state.prompter.show_box(*refusal);

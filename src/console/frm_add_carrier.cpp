@@ -51,6 +51,7 @@ QWidget* first_advanced_control(const CarrierFrameControls& frame)
 frmAddCarrier::frmAddCarrier(ConsoleContext& context, bool is_edit, QString carrier_name, QWidget* parent)
     : QDialog(parent), m_context(context), m_is_edit(is_edit), m_carrier_name(std::move(carrier_name))
 {
+    setObjectName(u"frmAddCarrier"_s);
     build_frames();
     for (const CarrierFrameControls& frame : m_frames) {
         connect_rules(frame);

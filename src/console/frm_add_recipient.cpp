@@ -36,6 +36,7 @@ constexpr int kTypeAdHoc = 1;
 frmAddRecipient::frmAddRecipient(ConsoleContext& context, bool is_edit, const QString& recipient_name, QWidget* parent)
     : QDialog(parent), m_context(context), m_is_edit(is_edit), m_loaded_name(is_edit ? recipient_name : QString())
 {
+    setObjectName(u"frmAddRecipient"_s);
     build_controls();
     load_carriers();
     if (m_carriers.isEmpty()) {

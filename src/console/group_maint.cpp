@@ -28,6 +28,7 @@ group_maint::group_maint(ConsoleContext& context, QWidget* parent)
       Command3(make_control<QPushButton>(this, "Command3", u"&Apply"_s)),
       btnClose(make_control<QPushButton>(this, "btnClose", u"&Close"_s))
 {
+    setObjectName(u"group_maint"_s);
     setWindowTitle(u"Set Group Members"_s);
     build_controls();
     const addressbook::MemberLists lists = addressbook::group_maint_lists(m_context.state, m_group, m_label_after);

@@ -14,6 +14,7 @@ namespace cvd::console {
 list_groups::list_groups(ConsoleContext& context, Mode mode, OpenNext open_next, QWidget* parent)
     : NameListWindow(context, "lstgroups", parent), m_mode(mode), m_open_next(std::move(open_next))
 {
+    setObjectName(u"list_groups"_s);
     const addressbook::GroupListCaptions captions = addressbook::group_list_captions(m_mode);
     set_captions(captions.window, captions.button);
     reload();

@@ -3,10 +3,11 @@
 #include "carrier_entry.h"
 #include "console/carrier_windows.h"
 #include "console/frm_add_carrier.h"
+#include "console/frm_export_text.h"
+#include "console/frm_import_text.h"
 #include "console/list_carriers.h"
 #include "console_test.h"
 #include "core/databases.h"
-#include "exchange/text_exchange.h"
 #include "store/database.h"
 #include "store/schema.h"
 
@@ -389,7 +390,7 @@ TEST_F(CarrierList, EditOpensTheChosenCarrierAndTheListIsReadAfresh)
     EXPECT_EQ(names(list), (QStringList{u"idle"_s, u"used"_s, u"waiting"_s}));
 }
 
-// Every kind of carrier entered through the dialog survives the text export and import column for column.
+// Every kind of carrier entered through the dialog survives the export and import windows column for column.
 TEST_F(CarrierWindows, EveryKindRoundTripsThroughTheTextExchange)
 {
     const CarrierEntry entries[] = {
@@ -425,9 +426,18 @@ TEST_F(CarrierWindows, EveryKindRoundTripsThroughTheTextExchange)
         EXPECT_TRUE(carrier_box(edit, u"txtSmtpRelayServer"_s).isEnabled());
         press_apply(edit);
     }
-    const QString path = env.path(u"carriers.txt"_s);
-    EXPECT_EQ(exchange::export_text(*state, exchange::ExchangeKind::Carriers, path).exported, 9);
+    // Exported with the File menu's window, the file named through its Browse button.
+    const qsizetype boxes_before = env.prompter.boxes.size();
+    {
+        console::frmExportText exporting(*context, &send_form.window());
+        exporting.show();
+        QTest::mouseClick(exporting.findChild<QRadioButton*>(u"optCarriers"_s), Qt::LeftButton);
+        env.prompter.choose_next(env.path(u"moved"_s));
+        QTest::mouseClick(exporting.findChild<QPushButton*>(u"btnBrowse"_s), Qt::LeftButton);
+        QTest::mouseClick(exporting.findChild<QPushButton*>(u"btnApply"_s), Qt::LeftButton);
+    }
 
+    // Imported by the import window of a second installation whose address book is empty.
     auto target = env.make_state();
     target->global_db_folder = env.path(u"target/g/"_s);
     target->user_db_folder = env.path(u"target/u/"_s);
@@ -435,7 +445,24 @@ TEST_F(CarrierWindows, EveryKindRoundTripsThroughTheTextExchange)
     QDir().mkpath(target->user_db_folder);
     store::create_global_database(global_db_path(*target));
     open_database(*target);
-    EXPECT_EQ(exchange::import_text(*target, exchange::ExchangeKind::Carriers, path, false).imported, 9);
+    ASSERT_TRUE(addressbook::list_carriers(target->global_db).isEmpty());
+    console::ConsoleState target_shared;
+    console::WindowOwner target_windows;
+    console::ActivityLog target_activity;
+    console::ConsoleContext target_context{*target, target_shared, target_windows, target_activity, &send_form, {}, {}};
+    {
+        console::frmImportText importing(target_context, &send_form.window());
+        importing.show();
+        QTest::mouseClick(importing.findChild<QRadioButton*>(u"optCarriers"_s), Qt::LeftButton);
+        env.prompter.choose_next(env.path(u"moved.txt"_s));
+        QTest::mouseClick(importing.findChild<QPushButton*>(u"btnBrowse"_s), Qt::LeftButton);
+        QTest::mouseClick(importing.findChild<QPushButton*>(u"btnApply"_s), Qt::LeftButton);
+    }
+    EXPECT_EQ(env.prompter.boxes.mid(boxes_before),
+              (QList<Notice>{{u"9 carrier records exported"_s, u"Export Complete"_s},
+                             {u"9 carrier records imported,\n0 carrier records skipped."_s, u"Import Complete"_s}}));
+    ASSERT_EQ(env.prompter.file_choices.size(), 2);
+    EXPECT_EQ(env.prompter.file_choices[0].start_name, u"carriers.txt"_s);
 
     const QList<CarrierRow> source = addressbook::list_carriers(db());
     EXPECT_EQ(addressbook::list_carriers(target->global_db), source);
