@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QSaveFile>
 #include <QStatusBar>
+#include <QTableView>
 #include <QTimer>
 #include <QWidget>
 
@@ -39,6 +40,34 @@ QString map_line(const QString& name, const QRect& global, const QString& captio
         .arg(QString(caption).replace(u'\n', u' ').replace(u'\r', u' '));
 }
 
+// The first row of a list: its first cell, or for a table every column in view, so that a script reads the
+// row as the operator does and lands its click on a visible cell rather than on a hidden column.
+void add_first_row(const QAbstractItemView& list, const QString& name, QString& text)
+{
+    const QAbstractItemModel& model = *list.model();
+    QModelIndex first = model.index(0, 0);
+    QString caption = first.data().toString();
+    if (const auto* table = qobject_cast<const QTableView*>(&list)) {
+        QStringList cells;
+        first = {};
+        for (int column = 0; column < model.columnCount(); ++column) {
+            if (table->isColumnHidden(column)) {
+                continue;
+            }
+            const QModelIndex cell = model.index(0, column);
+            first = first.isValid() ? first : cell;
+            cells.append(cell.data().toString());
+        }
+        if (!first.isValid()) {
+            return;
+        }
+        caption = cells.join(u" | "_s);
+    }
+    const QRect row = list.visualRect(first);
+    const QRect row_global(list.viewport()->mapToGlobal(row.topLeft()), row.size());
+    text += map_line(name + u"[0]"_s, row_global, caption);
+}
+
 } // namespace
 
 QString control_map_text(const QWidget& window, const QString& prefix)
@@ -57,10 +86,7 @@ QString control_map_text(const QWidget& window, const QString& prefix)
         }
         const auto* list = qobject_cast<const QAbstractItemView*>(control);
         if (list != nullptr && list->model() != nullptr && list->model()->rowCount() > 0) {
-            const QModelIndex first = list->model()->index(0, 0);
-            const QRect row = list->visualRect(first);
-            const QRect row_global(list->viewport()->mapToGlobal(row.topLeft()), row.size());
-            text += map_line(name + u"[0]"_s, row_global, first.data().toString());
+            add_first_row(*list, name, text);
         }
     }
     return text;

@@ -8,8 +8,9 @@ namespace cvd::console {
 
 // For scripts that drive the console from outside (tests on a real X server, screen-reader checks): one
 // line per visible named control of the window, "objectName x y width height caption", in screen pixels,
-// for a list its first row as "objectName[0] ...", and for a check box or other checkable button its state
-// as "objectName[checked] x y width height 1" (or 0). `prefix` goes in front of every name.
+// for a list its first row as "objectName[0] ..." (a table's cells in view joined by " | "), and for a check box or
+// other checkable button its state as "objectName[checked] x y width height 1" (or 0). `prefix` goes in front of every
+// name.
 QString control_map_text(const QWidget& window, const QString& prefix = {});
 // The map of the main window, then of every other visible window of the program that has a name (a dialog
 // over it), each line with the window's name in front: "frmModemScan/btnScan ...".

@@ -74,6 +74,7 @@ frmSchedule::RepeatBox frmSchedule::make_repeat_box(const char* label_name, cons
 
 void frmSchedule::build_controls()
 {
+    setObjectName(u"frmSchedule"_s);
     setWindowTitle(u"Schedule Message"_s);
     lblStart = make_control<QLabel>(this, "lblStart", u"Send Message Date/Time"_s);
     dtpStartDate = make_control<QDateEdit>(this, "dtpStartDate");

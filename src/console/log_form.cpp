@@ -61,6 +61,7 @@ QFont fixed_pitch_font()
 
 log_form::log_form(ConsoleContext& context) : m_context(context)
 {
+    setObjectName(u"log_form"_s);
     setWindowTitle(u"Message History"_s);
     build_controls();
     SettingsStore& settings = m_context.state.settings;

@@ -1,4 +1,5 @@
 // The history, the engine's activity log and the search window over both.
+#include "console/control_map.h"
 #include "console/frm_find.h"
 #include "console/log_form.h"
 #include "console/log_windows.h"
@@ -149,6 +150,17 @@ TEST_F(LogWindows, HistoryOpensInRequestOrderAndHeadingsSortAndToggleThroughTheS
     state->settings.put_setting(kListSortOrder, u"SortByRequestedAscending"_s);
     click_heading(history, 4);
     EXPECT_EQ(column(history, 4), (QStringList{u"amy"_s, u"bob"_s, u"Zed Ward"_s}));
+}
+
+TEST_F(LogWindows, ScriptsReadAHistoryRowWithItsStatusFromTheMap)
+{
+    add(u"zed"_s, u"failed"_s, u"2026-11-20 09:00:00"_s, -1, -1, -1);
+    open_history();
+    const QString map = console::program_map_text(send_form.window());
+    const qsizetype at = map.indexOf(u"\nlog_form/Status_Grid[0] "_s);
+    ASSERT_NE(at, -1) << map.toStdString();
+    const QString row = map.mid(at + 1, map.indexOf(u'\n', at + 1) - at - 1);
+    EXPECT_TRUE(row.contains(u" | Failed | Zed Ward | "_s)) << row.toStdString();
 }
 
 TEST_F(LogWindows, RequeueSendsTheSelectedRowsAgainAndShowsThemPending)

@@ -1,6 +1,7 @@
 // The queue's windows as an operator uses them: the folders and their refresh, sorting, Copy and Edit, Cancel
 // and Requeue, the message detail, and the schedule dialog.
 #include "console/bad_form.h"
+#include "console/control_map.h"
 #include "console/folder_form.h"
 #include "console/folder_grid_model.h"
 #include "console/frm_message_detail.h"
@@ -302,6 +303,30 @@ TEST_F(QueueWindows, EveryQueueWindowPublishesItsControls)
             EXPECT_FALSE(each->accessibleName().isEmpty());
         }
     }
+}
+
+TEST_F(QueueWindows, ScriptsFindTheScheduleDialogAndAFolderRowByTheirNames)
+{
+    add(State::Waiting, u"bob"_s, u"boiler"_s);
+    context->catalog.open(u"tbrSchedule"_s);
+    auto& scheduled = open<console::sched_form>(u"scheduled"_s);
+    const QStringList map = console::program_map_text(send_form.window()).split(u'\n');
+    const auto line_of = [&map](const QString& name) {
+        for (const QString& line : map) {
+            if (line.startsWith(name + u' ')) {
+                return line.split(u' ');
+            }
+        }
+        return QStringList{};
+    };
+    EXPECT_FALSE(line_of(u"frmSchedule/btnApply"_s).isEmpty());
+    // The row reads as the grid shows it, and its place is the first column in view, not the hidden id.
+    const QStringList row = line_of(u"sched_form/Status_Grid[0]"_s);
+    ASSERT_GT(row.size(), 5);
+    EXPECT_TRUE(row.join(u' ').endsWith(u"| Bob Smith | boiler"_s)) << row.join(u' ').toStdString();
+    const QTableView& grid = scheduled.grid();
+    EXPECT_EQ(row.at(1).toInt(), grid.viewport()->mapToGlobal(QPoint(grid.columnViewportPosition(1), 0)).x());
+    EXPECT_GT(row.at(3).toInt(), 0);
 }
 
 } // namespace
