@@ -8,6 +8,7 @@
 #include "core/error_path.h"
 #include "core/halt_barrier.h"
 #include "core/startup.h"
+#include "core/version.h"
 #include "platform/folders.h"
 #include "platform/registry.h"
 #include "platform/runtime.h"

@@ -3,6 +3,7 @@
 #include "console/console_context.h"
 #include "console/controls.h"
 #include "core/app_state.h"
+#include "core/version.h"
 #include "store/database.h"
 
 #include <QHBoxLayout>

@@ -1,5 +1,6 @@
 #include "tools/cvdctl.h"
 
+#include "core/version.h"
 #include "tools/addressbook_commands.h"
 #include "tools/control_commands.h"
 #include "tools/db_commands.h"
