@@ -4,7 +4,9 @@
 #include "console/about_form.h"
 #include "console/carrier_windows.h"
 #include "console/device_windows.h"
+#include "console/edit_group.h"
 #include "console/exchange_windows.h"
+#include "console/frm_add_oncall.h"
 #include "console/frm_adhoc.h"
 #include "console/frm_app_password.h"
 #include "console/frm_db_password.h"
@@ -15,6 +17,7 @@
 #include "console/frm_monitor.h"
 #include "console/frm_more_presets.h"
 #include "console/frm_password_setup.h"
+#include "console/group_maint.h"
 #include "console/log_windows.h"
 #include "console/preset_form.h"
 #include "console/queue_windows.h"
@@ -198,6 +201,16 @@ TEST_F(Accessibility, EveryCatalogWindowPublishesItsControls)
         QApplication::processEvents();
     }
     poll.stop();
+
+    // The windows that only another window's buttons open.
+    std::vector<std::unique_ptr<QWidget>> reached_from_others;
+    reached_from_others.push_back(std::make_unique<console::edit_group>(*context, &send_form.window()));
+    reached_from_others.push_back(std::make_unique<console::group_maint>(*context, &send_form.window()));
+    reached_from_others.push_back(
+        std::make_unique<console::frmAddOncall>(*context, u"ops"_s, std::nullopt, &send_form.window()));
+    for (const std::unique_ptr<QWidget>& window : reached_from_others) {
+        check(*window);
+    }
 
     const char* const expected[] = {"setup_form",       "modem_setup",      "frmDisplayOptions", "frmGlobalSettings",
                                     "frmSetting",       "frmAddCarrier",    "list_carriers",     "frmAddRecipient",
