@@ -17,6 +17,8 @@
 #include "console/frm_monitor.h"
 #include "console/frm_more_presets.h"
 #include "console/frm_password_setup.h"
+#include "console/frm_pp.h"
+#include "console/frm_spell_check.h"
 #include "console/group_maint.h"
 #include "console/log_windows.h"
 #include "console/preset_form.h"
@@ -25,10 +27,13 @@
 #include "console/report_windows.h"
 #include "console/setup_windows.h"
 #include "console_test.h"
+#include "desk/spelling.h"
+#include "reports/report_request.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QLabel>
+#include <QPrinter>
 #include <QSet>
 #include <QTimer>
 #include <cstdlib>
@@ -42,6 +47,16 @@ namespace cvd::testing {
 namespace {
 
 using Accessibility = ConsoleTest;
+
+// Knows no word at all, so the spell check has something to ask about.
+class UnknownWords : public desk::Dictionary
+{
+public:
+    bool check(const QString&) override { return false; }
+    QStringList suggest(const QString& word) override { return {word.toUpper()}; }
+    void add_to_personal(const QString&) override {}
+    void ignore_all(const QString&) override {}
+};
 
 // The C++ class of a widget: most windows have no meta-object of their own, so the class name Qt knows is
 // often just QDialog.
@@ -208,6 +223,13 @@ TEST_F(Accessibility, EveryCatalogWindowPublishesItsControls)
     reached_from_others.push_back(std::make_unique<console::group_maint>(*context, &send_form.window()));
     reached_from_others.push_back(
         std::make_unique<console::frmAddOncall>(*context, u"ops"_s, std::nullopt, &send_form.window()));
+    UnknownWords dictionary;
+    desk::SpellWalk walk(dictionary, u"Pump down"_s);
+    reached_from_others.push_back(std::make_unique<console::frmSpellCheck>(*context, &send_form.window(), walk));
+    QPrinter printer;
+    reached_from_others.push_back(std::make_unique<console::frmPP>(
+        *context, reports::ReportResult{u"Carrier List"_s, reports::ReportDocument(), {}}, printer,
+        &send_form.window()));
     for (const std::unique_ptr<QWidget>& window : reached_from_others) {
         check(*window);
     }
