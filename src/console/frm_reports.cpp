@@ -58,6 +58,9 @@ void frmReports::build_controls()
     }
     lblStartDate->setBuddy(dtpStartDate);
     lblEndDate->setBuddy(dtpEndDate);
+    // The time boxes share their date's label, so each says which time it is.
+    dtpStartTime->setToolTip(u"Start Time"_s);
+    dtpEndTime->setToolTip(u"End Time"_s);
     fraDepth = make_control<QGroupBox>(this, "fraDepth", u"Depth"_s);
     optSummary = make_control<QRadioButton>(fraDepth, "optSummary", u"Summary"_s);
     optDetail = make_control<QRadioButton>(fraDepth, "optDetail", u"Details"_s);

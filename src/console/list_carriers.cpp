@@ -26,6 +26,7 @@ list_carriers::list_carriers(ConsoleContext& context, bool edit_mode, QWidget* p
     const addressbook::CarrierListCaptions captions = addressbook::carrier_list_captions(m_edit_mode);
     setWindowTitle(captions.title);
     lstCarriers = make_control<QListWidget>(this, "lstCarriers");
+    lstCarriers->setToolTip(u"Carriers"_s);
     btnEdit = make_control<QPushButton>(this, "btnEdit", captions.action);
     btnClose = make_control<QPushButton>(this, "btnClose", u"&Close"_s);
     btnEdit->setDefault(true);
