@@ -13,6 +13,7 @@
 #include "store/schema.h"
 #include "support/null_prompter.h"
 
+#include <QDir>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -42,6 +43,17 @@ template <class Prompter = cvd::testing::NullPrompter> struct BenchProgram
         state.user_db_folder = dir.path() + u'/';
         cvd::store::create_global_database(cvd::global_db_path(state));
         state.global_db = cvd::store::Database::open(cvd::global_db_path(state));
+    }
+
+    // The databases in a folder `name` of their own, the user's below it, opened as at start-up.
+    void open_named_databases(const QString& name)
+    {
+        using namespace Qt::StringLiterals;
+        state.global_db_folder = dir.path() + u'/' + name + u'/';
+        state.user_db_folder = state.global_db_folder + u"user/"_s;
+        QDir().mkpath(state.user_db_folder);
+        cvd::store::create_global_database(cvd::global_db_path(state));
+        cvd::open_database(state);
     }
 
     QTemporaryDir dir;
