@@ -2,18 +2,11 @@
 // 200 ms), the refresh of each tick that finds nothing changed (goal: under 2 ms), and the sum of ids that a
 // refresh runs when the file was written to, over a million rows of earlier runs. The database is made once and kept
 // under the build folder between runs.
-#include "console/activity_log.h"
-#include "console/console_context.h"
+#include "bench_program.h"
 #include "console/folder_grid_model.h"
 #include "console/sent_form.h"
-#include "console/window_owner.h"
-#include "core/app_state.h"
-#include "core/clock.h"
-#include "platform/registry.h"
+#include "offscreen_application.h"
 #include "queue/folders.h"
-#include "store/database.h"
-#include "store/schema.h"
-#include "support/null_prompter.h"
 
 #include <QApplication>
 #include <QDir>
@@ -29,18 +22,6 @@ constexpr int kHistoryRows = 1000000;
 constexpr int kThisRunRows = 10000;
 constexpr int kRecipients = 500;
 constexpr qint32 kFirstTransaction = kHistoryRows;
-
-QApplication& offscreen_application()
-{
-    static int argc = 1;
-    static char name[] = "cvd_bench";
-    static char* argv[] = {name, nullptr};
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    static QApplication application(argc, argv);
-    return application;
-}
 
 void fill(cvd::store::Database& db)
 {
@@ -89,23 +70,14 @@ QString history_database()
     return path;
 }
 
-struct FolderFixture
+struct FolderFixture : BenchProgram<>
 {
-    FolderFixture() : state(prompter, clock, cvd::platform::Registry(dir.path() + u"/registry"_s), dir.path())
+    FolderFixture()
     {
         offscreen_application();
         state.global_db = cvd::store::Database::open(history_database(), cvd::store::Database::OpenMode::ReadOnly);
         state.first_transaction = kFirstTransaction;
     }
-
-    QTemporaryDir dir;
-    cvd::testing::NullPrompter prompter;
-    cvd::SystemClock clock;
-    cvd::AppState state;
-    cvd::console::ConsoleState shared;
-    cvd::console::WindowOwner windows;
-    cvd::console::ActivityLog activity;
-    cvd::console::ConsoleContext context{state, shared, windows, activity, nullptr, {}, {}};
 };
 
 void BM_SentFolderOpensOnTenThousandRows(benchmark::State& bench)

@@ -3,17 +3,9 @@
 // (goal: under 300 MB, shown as the counter rss_mb); and, for the record, a search that finds nothing, which
 // reads every row once. The database is made once, in one transaction, and kept
 // under the build folder for later runs.
-#include "console/activity_log.h"
-#include "console/console_context.h"
+#include "bench_program.h"
 #include "console/log_form.h"
-#include "console/window_owner.h"
-#include "core/app_state.h"
-#include "core/clock.h"
-#include "core/databases.h"
-#include "platform/registry.h"
-#include "store/database.h"
-#include "store/schema.h"
-#include "support/null_prompter.h"
+#include "offscreen_application.h"
 
 #include <QApplication>
 #include <QDir>
@@ -29,18 +21,6 @@ namespace {
 constexpr int kHistoryRows = 1000000;
 constexpr int kRecipients = 500;
 constexpr int kScreenRows = 40;
-
-QApplication& offscreen_application()
-{
-    static int argc = 1;
-    static char name[] = "cvd_bench";
-    static char* argv[] = {name, nullptr};
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    static QApplication application(argc, argv);
-    return application;
-}
 
 void fill_history(const QString& path)
 {
@@ -111,24 +91,15 @@ double resident_megabytes()
     return 0;
 }
 
-struct HistoryFixture
+struct HistoryFixture : BenchProgram<>
 {
-    HistoryFixture() : state(prompter, clock, cvd::platform::Registry(dir.path() + u"/registry"_s), dir.path())
+    HistoryFixture()
     {
         const QString path = history_database();
         state.global_db_folder = QFileInfo(path).absolutePath() + u"/"_s;
         state.user_db_folder = dir.path() + u"/"_s;
         state.global_db = cvd::store::Database::open(path, cvd::store::Database::OpenMode::Existing);
     }
-
-    QTemporaryDir dir;
-    cvd::testing::NullPrompter prompter;
-    cvd::SystemClock clock;
-    cvd::AppState state;
-    cvd::console::ConsoleState shared;
-    cvd::console::WindowOwner windows;
-    cvd::console::ActivityLog activity;
-    cvd::console::ConsoleContext context{state, shared, windows, activity, nullptr, {}, {}};
 };
 
 // Reads what the first screen shows.

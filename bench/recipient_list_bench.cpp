@@ -1,17 +1,8 @@
 // How fast the recipient list opens over a large address book: list_recipients over 50,000 recipients, from
 // construction to the first paint (goal: under 300 ms).
-#include "console/activity_log.h"
-#include "console/console_context.h"
+#include "bench_program.h"
 #include "console/list_recipients.h"
-#include "console/window_owner.h"
-#include "core/app_state.h"
-#include "core/clock.h"
-#include "core/databases.h"
 #include "offscreen_application.h"
-#include "platform/registry.h"
-#include "store/database.h"
-#include "store/schema.h"
-#include "support/null_prompter.h"
 
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
@@ -22,14 +13,11 @@ namespace {
 
 constexpr int kRecipients = 50000;
 
-struct AddressBook
+struct AddressBook : BenchProgram<>
 {
-    AddressBook() : state(prompter, clock, cvd::platform::Registry(dir.path() + u"/registry"_s), dir.path())
+    AddressBook()
     {
-        state.global_db_folder = dir.path() + u"/"_s;
-        state.user_db_folder = dir.path() + u"/"_s;
-        cvd::store::create_global_database(cvd::global_db_path(state));
-        state.global_db = cvd::store::Database::open(cvd::global_db_path(state));
+        open_fresh_global_database();
         cvd::store::Transaction commit(state.global_db);
         cvd::store::Statement insert = state.global_db.prepare(
             u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_group, cv_ad_hoc, cv_carrier) "
@@ -44,23 +32,14 @@ struct AddressBook
         }
         commit.commit();
     }
-
-    QTemporaryDir dir;
-    cvd::testing::NullPrompter prompter;
-    cvd::SystemClock clock;
-    cvd::AppState state;
 };
 
 void BM_ListRecipientsFiftyThousand(benchmark::State& bench)
 {
     offscreen_application();
     AddressBook book;
-    cvd::console::ConsoleState shared;
-    cvd::console::WindowOwner windows;
-    cvd::console::ActivityLog activity;
-    cvd::console::ConsoleContext context{book.state, shared, windows, activity, nullptr, {}, {}};
     for (auto _ : bench) {
-        cvd::console::list_recipients window(context, cvd::console::list_recipients::Mode::Edit, {}, nullptr);
+        cvd::console::list_recipients window(book.context, cvd::console::list_recipients::Mode::Edit, {}, nullptr);
         window.show();
         QApplication::processEvents();
         benchmark::DoNotOptimize(window.isVisible());

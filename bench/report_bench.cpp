@@ -1,18 +1,10 @@
 // How fast reports come out: SentByDateReport over 100,000 sent messages to a PDF (goal: under 3 s) and to the
 // text file (goal: under 1 s), and the preview of a 1,000-page report up to its first page (goal: under 2 s).
-#include "console/activity_log.h"
-#include "console/console_context.h"
+#include "bench_program.h"
 #include "console/frm_pp.h"
-#include "console/window_owner.h"
-#include "core/app_state.h"
-#include "core/clock.h"
-#include "core/databases.h"
-#include "platform/registry.h"
+#include "offscreen_application.h"
 #include "reports/page_painter.h"
 #include "reports/report_request.h"
-#include "store/database.h"
-#include "store/schema.h"
-#include "support/null_prompter.h"
 
 #include <QApplication>
 #include <QFile>
@@ -24,27 +16,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QApplication& report_application()
-{
-    static int argc = 1;
-    static char name[] = "cvd_bench";
-    static char* argv[] = {name, nullptr};
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    static QApplication application(argc, argv);
-    return application;
-}
-
 // A history of 100,000 sent messages over 50 days, one in twenty failed.
-struct HistoryFixture
+struct HistoryFixture : BenchProgram<>
 {
-    HistoryFixture() : state(prompter, clock, cvd::platform::Registry(dir.path() + u"/registry"_s), dir.path())
+    HistoryFixture()
     {
-        state.global_db_folder = dir.path() + u"/"_s;
-        state.user_db_folder = dir.path() + u"/"_s;
-        cvd::store::create_global_database(cvd::global_db_path(state));
-        state.global_db = cvd::store::Database::open(cvd::global_db_path(state));
+        open_fresh_global_database();
         cvd::store::Transaction commit(state.global_db);
         cvd::store::Statement insert = state.global_db.prepare(
             u"INSERT INTO cv_messages (cv_recipient, cv_pin, cv_carrier, cv_message, cv_date_time_requested, "
@@ -70,10 +47,6 @@ struct HistoryFixture
     }
 
     static constexpr int kMessages = 100000;
-    QTemporaryDir dir;
-    cvd::testing::NullPrompter prompter;
-    cvd::SystemClock clock;
-    cvd::AppState state;
     cvd::reports::ReportRequest request;
 };
 
@@ -85,7 +58,7 @@ HistoryFixture& history()
 
 void BM_SentByDateToPdf(benchmark::State& bench)
 {
-    report_application();
+    offscreen_application();
     HistoryFixture& fixture = history();
     const QString path = fixture.dir.path() + u"/report.pdf"_s;
     qsizetype pages = 0;
@@ -119,7 +92,7 @@ BENCHMARK(BM_SentByDateToTextFile)->Unit(benchmark::kMillisecond)->Iterations(3)
 // From a laid-out report of 1,000 pages to the preview window shown with its first page.
 void BM_PreviewThousandPages(benchmark::State& bench)
 {
-    report_application();
+    offscreen_application();
     cvd::reports::ReportResult report;
     report.document.add_header_row({u"Sent Message Report - By Date/Time"_s}).centred = true;
     report.document.add_header_row({u"#500#Recipient"_s, u"#3500#Status"_s, u"#5000#Message"_s}).line_bottom = true;
@@ -131,10 +104,8 @@ void BM_PreviewThousandPages(benchmark::State& bench)
         report.document.new_page();
     }
     HistoryFixture& fixture = history();
-    cvd::console::ConsoleState shared;
-    cvd::console::WindowOwner windows;
-    cvd::console::ActivityLog activity;
-    cvd::console::ConsoleContext context{fixture.state, shared, windows, activity, nullptr, {}, {}};
+    BenchConsole console(fixture.state);
+    cvd::console::ConsoleContext& context = console.context;
     qsizetype pages = 0;
     for (auto _ : bench) {
         QPrinter printer(QPrinter::HighResolution);

@@ -1,18 +1,9 @@
 // How fast the carrier windows open: frmAddCarrier builds 18 frames of boxes (goal: well under 100 ms, so the
 // dialog comes up at once) and list_carriers reads 5,000 carriers (goal: under 100 ms).
-#include "console/activity_log.h"
-#include "console/console_context.h"
+#include "bench_program.h"
 #include "console/frm_add_carrier.h"
 #include "console/list_carriers.h"
-#include "console/window_owner.h"
-#include "core/app_state.h"
-#include "core/clock.h"
-#include "core/databases.h"
 #include "offscreen_application.h"
-#include "platform/registry.h"
-#include "store/database.h"
-#include "store/schema.h"
-#include "support/null_prompter.h"
 
 #include <QApplication>
 #include <QTemporaryDir>
@@ -22,15 +13,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct CarrierFixture
+struct CarrierFixture : BenchProgram<>
 {
     explicit CarrierFixture(int carriers)
-        : state(prompter, clock, cvd::platform::Registry(dir.path() + u"/registry"_s), dir.path())
     {
-        state.global_db_folder = dir.path() + u"/"_s;
-        state.user_db_folder = dir.path() + u"/"_s;
-        cvd::store::create_global_database(cvd::global_db_path(state));
-        state.global_db = cvd::store::Database::open(cvd::global_db_path(state));
+        open_fresh_global_database();
         cvd::store::Transaction commit(state.global_db);
         cvd::store::Statement insert = state.global_db.prepare(
             u"INSERT INTO cv_carriers (cv_name, cv_phone_number, cv_modem_settings, cv_dial_type, cv_priority) "
@@ -42,15 +29,6 @@ struct CarrierFixture
         }
         commit.commit();
     }
-
-    QTemporaryDir dir;
-    cvd::testing::NullPrompter prompter;
-    cvd::SystemClock clock;
-    cvd::AppState state;
-    cvd::console::ConsoleState shared;
-    cvd::console::WindowOwner windows;
-    cvd::console::ActivityLog activity;
-    cvd::console::ConsoleContext context{state, shared, windows, activity, nullptr, {}, {}};
 };
 
 void BM_AddCarrierDialogEditMode(benchmark::State& bench)

@@ -1,19 +1,12 @@
 // The import window's wait: 50,000 recipients imported from a text file through frmImportText, Apply to the
 // box (goal: under 1 s). The names then reach the machine store from the publishing worker, outside the
 // operator's wait; its time is shown apart.
-#include "console/activity_log.h"
-#include "console/console_context.h"
+#include "bench_program.h"
 #include "console/frm_import_text.h"
-#include "console/window_owner.h"
-#include "core/app_state.h"
-#include "core/clock.h"
-#include "core/databases.h"
 #include "exchange/text_exchange.h"
 #include "intake/registry_transfer.h"
-#include "platform/registry.h"
-#include "store/database.h"
-#include "store/schema.h"
-#include "support/null_prompter.h"
+#include "offscreen_application.h"
+#include "recipients_file.h"
 
 #include <QApplication>
 #include <QDir>
@@ -28,22 +21,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// One application object per process: this file sorts after the send window's benchmark, which makes its own
-// when it runs first.
-void ensure_application()
-{
-    if (QApplication::instance() != nullptr) {
-        return;
-    }
-    static int argc = 1;
-    static char name[] = "cvd_bench";
-    static char* argv[] = {name, nullptr};
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    static QApplication application(argc, argv);
-}
-
 // Keeps the last box, which tells how the import ended.
 class LastBox : public cvd::testing::NullPrompter
 {
@@ -56,56 +33,14 @@ public:
     QString last;
 };
 
-struct Desk
+struct Desk : BenchProgram<LastBox>
 {
-    explicit Desk(const QString& name)
-        : state(prompter, clock, cvd::platform::Registry(dir.path() + u"/registry"_s), dir.path())
-    {
-        state.global_db_folder = dir.path() + u'/' + name + u'/';
-        state.user_db_folder = state.global_db_folder + u"user/"_s;
-        QDir().mkpath(state.user_db_folder);
-        cvd::store::create_global_database(cvd::global_db_path(state));
-        cvd::open_database(state);
-    }
-
-    QTemporaryDir dir;
-    LastBox prompter;
-    cvd::SystemClock clock;
-    cvd::AppState state;
-    cvd::console::ConsoleState shared;
-    cvd::console::WindowOwner windows;
-    cvd::console::ActivityLog activity;
-    cvd::console::ConsoleContext context{state, shared, windows, activity, nullptr, {}, {}};
+    explicit Desk(const QString& name) { open_named_databases(name); }
 };
-
-// A text file of `count` recipients, written by the program's own export.
-QString make_recipients_file(const QString& folder, int count)
-{
-    Desk source(u"source"_s);
-    {
-        cvd::store::Transaction transaction(source.state.global_db);
-        cvd::store::Statement insert = source.state.global_db.prepare(
-            u"INSERT INTO cv_recipients (cv_name, cv_full_name, cv_id, cv_carrier, cv_maxchars, cv_alpha, "
-            "cv_on_call, cv_ad_hoc, cv_drop_control, cv_group, cv_SendSubject, cv_extra1, cv_extra2, "
-            "cv_remove_from, cv_priority) VALUES (?1, ?2, ?3, 'tapnet', 240, -1, 0, 0, 0, 0, 0, 'Ward 3', '', 0, "
-            "100)"_s);
-        for (int row = 0; row < count; ++row) {
-            insert.reset();
-            insert.bind(1, u"user"_s + QString::number(row))
-                .bind(2, u"User, Number "_s + QString::number(row))
-                .bind(3, QString::number(5550000 + row));
-            insert.exec();
-        }
-        transaction.commit();
-    }
-    QString path = folder + u"/recip.txt"_s;
-    cvd::exchange::export_text(source.state, cvd::exchange::ExchangeKind::Recipients, path);
-    return path;
-}
 
 void BM_ImportWindowFiftyThousandRecipients(benchmark::State& bench)
 {
-    ensure_application();
+    offscreen_application();
     QTemporaryDir files;
     const QString path = make_recipients_file(files.path(), static_cast<int>(bench.range(0)));
     double publishing_ms = 0;

@@ -1,5 +1,6 @@
 #include "console/add_group.h"
 
+#include "console/address_book_refresh.h"
 #include "console/busy_lock.h"
 #include "console/console_context.h"
 #include "console/controls.h"
@@ -76,12 +77,7 @@ void add_group::done(int result)
 {
     if (!m_closed) {
         m_closed = true;
-        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-        if (m_context.send_form != nullptr) {
-            m_context.send_form->show_users();
-        }
-        intake::publish_groups(m_context.state);
-        QGuiApplication::restoreOverrideCursor();
+        rebuild_send_lists(m_context, &intake::publish_groups);
     }
     GroupForm::done(result);
 }

@@ -3,6 +3,7 @@
 #include "console/console_context.h"
 #include "console/frm_add_carrier.h"
 #include "console/list_carriers.h"
+#include "console/modal_window.h"
 #include "console/window_owner.h"
 
 using namespace Qt::StringLiterals;
@@ -11,23 +12,14 @@ namespace cvd::console {
 
 namespace {
 
-// The window that asked owns the modal dialog; the send window when nobody did.
-QWidget* owner_of(ConsoleContext& context, QWidget* caller)
-{
-    if (caller != nullptr || context.send_form == nullptr) {
-        return caller;
-    }
-    return &context.send_form->window();
-}
-
 void open_add_carrier(ConsoleContext& context, QWidget* caller, bool is_edit, const QString& name)
 {
-    context.windows.open<frmAddCarrier>(context, is_edit, name, owner_of(context, caller)).exec();
+    run_modal<frmAddCarrier>(context, caller, is_edit, name);
 }
 
 void open_list(ConsoleContext& context, QWidget* caller, bool edit_mode)
 {
-    context.windows.open<list_carriers>(context, edit_mode, owner_of(context, caller)).exec();
+    run_modal<list_carriers>(context, caller, edit_mode);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "console/edit_group.h"
 
+#include "console/address_book_refresh.h"
 #include "console/busy_lock.h"
 #include "console/console_context.h"
 #include "console/controls.h"
@@ -50,11 +51,7 @@ void edit_group::done(int result)
 {
     if (!m_closed) {
         m_closed = true;
-        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-        if (m_context.send_form != nullptr) {
-            m_context.send_form->show_users();
-        }
-        QGuiApplication::restoreOverrideCursor();
+        rebuild_send_lists(m_context);
     }
     GroupForm::done(result);
 }

@@ -1,6 +1,7 @@
 #include "console/frm_add_recipient.h"
 
 #include "addressbook/recipients_store.h"
+#include "console/address_book_refresh.h"
 #include "console/busy_lock.h"
 #include "console/console_context.h"
 #include "console/controls.h"
@@ -338,12 +339,7 @@ void frmAddRecipient::done(int result)
 {
     if (!m_closed) {
         m_closed = true;
-        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-        if (m_context.send_form != nullptr) {
-            m_context.send_form->show_users();
-        }
-        intake::publish_recipients(m_context.state);
-        QGuiApplication::restoreOverrideCursor();
+        rebuild_send_lists(m_context, &intake::publish_recipients);
     }
     QDialog::done(result);
 }

@@ -2,6 +2,7 @@
 
 #include "console/busy_lock.h"
 #include "console/controls.h"
+#include "console/dialog_layout.h"
 #include "console/geometry.h"
 #include "console/setup_boxes.h"
 #include "core/app_state.h"
@@ -88,10 +89,7 @@ frmDisplayOptions::frmDisplayOptions(ConsoleContext& context, QWidget* parent) :
         label->setMaximumWidth(digit * 26);
     }
 
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(apply);
-    buttons->addWidget(btnClose);
+    auto* buttons = button_row({apply, btnClose});
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top);
     layout->addLayout(switches);
@@ -99,11 +97,7 @@ frmDisplayOptions::frmDisplayOptions(ConsoleContext& context, QWidget* parent) :
     layout->addLayout(labels);
     layout->addSpacing(fontMetrics().height() / 2);
     layout->addLayout(buttons);
-    publish_accessibility(*this);
-    adjustSize();
-    if (parent != nullptr) {
-        center_on_form(*this, *parent);
-    }
+    settle_over_parent(*this, parent);
     fill_boxes();
 }
 

@@ -2,6 +2,7 @@
 
 #include "console/busy_lock.h"
 #include "console/controls.h"
+#include "console/dialog_layout.h"
 #include "console/geometry.h"
 #include "core/app_state.h"
 
@@ -57,19 +58,12 @@ frmGlobalSettings::frmGlobalSettings(ConsoleContext& context, QWidget* parent) :
     connect(btnApply, &QPushButton::clicked, this, &frmGlobalSettings::on_apply);
     connect(btnClose, &QPushButton::clicked, this, &QDialog::reject);
 
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(btnApply);
-    buttons->addWidget(btnClose);
+    auto* buttons = button_row({btnApply, btnClose});
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(grid);
     layout->addSpacing(fontMetrics().height() / 2);
     layout->addLayout(buttons);
-    publish_accessibility(*this);
-    adjustSize();
-    if (parent != nullptr) {
-        center_on_form(*this, *parent);
-    }
+    settle_over_parent(*this, parent);
     fill_options();
 }
 

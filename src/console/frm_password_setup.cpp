@@ -1,6 +1,7 @@
 #include "console/frm_password_setup.h"
 
 #include "console/controls.h"
+#include "console/dialog_layout.h"
 #include "console/geometry.h"
 #include "console/masked_entry.h"
 #include "core/app_state.h"
@@ -55,18 +56,11 @@ frmPasswordSetup::frmPasswordSetup(ConsoleContext& context, QWidget* parent) : Q
     lblWarning2->setAlignment(Qt::AlignCenter);
     layout->addWidget(lblWarning);
     layout->addWidget(lblWarning2);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(add);
-    buttons->addWidget(btnClose);
+    auto* buttons = button_row({add, btnClose});
     layout->addLayout(buttons);
 
     setMinimumWidth(fontMetrics().averageCharWidth() * 64);
-    publish_accessibility(*this);
-    adjustSize();
-    if (parent != nullptr) {
-        center_on_form(*this, *parent);
-    }
+    settle_over_parent(*this, parent);
 }
 
 QGroupBox* frmPasswordSetup::make_level(const char* name, const QString& heading, const QString& explanation,

@@ -103,9 +103,7 @@ void frmRecipientList::set_up()
     state.clear_error_counters();
     const QStringList rows = with_retry(state, u"Procedure: frmRecipientList "_s + setup.routine,
                                         [&] { return reports::directory_list_rows(state.global_db, m_type); });
-    lstRecipients->addItem(reports::kAllRow);
-    lstRecipients->addItems(rows);
-    lstRecipients->item(0)->setSelected(true);
+    fill_report_list(*lstRecipients, rows);
 }
 
 void frmRecipientList::output_changed()
@@ -119,15 +117,7 @@ reports::ReportRequest frmRecipientList::report_request() const
 {
     reports::ReportRequest request;
     request.type = m_type;
-    for (int i = 0; i < lstRecipients->count(); ++i) {
-        const QListWidgetItem* item = lstRecipients->item(i);
-        if (i > 0) {
-            request.rows.append(item->text());
-        }
-        if (item->isSelected()) {
-            request.selected.append(item->text());
-        }
-    }
+    read_report_list(*lstRecipients, request);
     request.now = m_context.state.clock.now();
     request.depth = optDetail->isChecked() ? reports::Depth::Detail : reports::Depth::Summary;
     request.members = !chkRecipients->isHidden() && chkRecipients->isChecked();

@@ -168,9 +168,7 @@ void frmReports::set_up()
     state.clear_error_counters();
     const QStringList rows = with_retry(state, u"Procedure: frmReports "_s + setup.routine,
                                         [&] { return reports::report_list_rows(state.global_db, setup.carriers); });
-    lstRecipients->addItem(reports::kAllRow);
-    lstRecipients->addItems(rows);
-    lstRecipients->item(0)->setSelected(true);
+    fill_report_list(*lstRecipients, rows);
 }
 
 // The date reports have no list: it goes, and the controls below move up into its place.
@@ -208,15 +206,7 @@ reports::ReportRequest frmReports::report_request() const
 {
     reports::ReportRequest request;
     request.type = m_type;
-    for (int i = 0; i < lstRecipients->count(); ++i) {
-        const QListWidgetItem* item = lstRecipients->item(i);
-        if (i > 0) {
-            request.rows.append(item->text());
-        }
-        if (item->isSelected()) {
-            request.selected.append(item->text());
-        }
-    }
+    read_report_list(*lstRecipients, request);
     request.start = QDateTime(dtpStartDate->date(), dtpStartTime->time());
     request.end = QDateTime(dtpEndDate->date(), dtpEndTime->time());
     request.now = m_context.state.clock.now();

@@ -1,6 +1,7 @@
 #include "console/frm_setting.h"
 
 #include "console/controls.h"
+#include "console/dialog_layout.h"
 #include "console/geometry.h"
 #include "console/setup_boxes.h"
 #include "core/app_state.h"
@@ -63,21 +64,13 @@ frmSetting::frmSetting(ConsoleContext& context, QWidget* parent) : QDialog(paren
     add_labelled_row(*form, this, "lblCategory", u"Category"_s, txtCategory);
     add_labelled_row(*form, this, "lblName", u"Name"_s, txtName);
     add_labelled_row(*form, this, "lblValue", u"Value"_s, txtValue);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(btnGet);
-    buttons->addWidget(btnSet);
-    buttons->addWidget(btnClose);
+    auto* buttons = button_row({btnGet, btnSet, btnClose});
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addSpacing(fontMetrics().height() / 2);
     layout->addLayout(buttons);
     setMinimumWidth(fontMetrics().averageCharWidth() * 52);
-    publish_accessibility(*this);
-    adjustSize();
-    if (parent != nullptr) {
-        center_on_form(*this, *parent);
-    }
+    settle_over_parent(*this, parent);
 }
 
 } // namespace cvd::console

@@ -1,5 +1,6 @@
 #include "console/list_groups.h"
 
+#include "console/address_book_refresh.h"
 #include "console/console_context.h"
 #include "core/app_state.h"
 #include "core/prompter.h"
@@ -47,12 +48,7 @@ void list_groups::done(int result)
     // edit_group rebuilds the send window's list itself when it closes.
     if (!m_closed && m_mode != Mode::Edit) {
         m_closed = true;
-        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-        if (m_context.send_form != nullptr) {
-            m_context.send_form->show_users();
-        }
-        intake::publish_groups(m_context.state);
-        QGuiApplication::restoreOverrideCursor();
+        rebuild_send_lists(m_context, &intake::publish_groups);
     }
     NameListWindow::done(result);
 }

@@ -1,5 +1,6 @@
 #include "console/list_recipients.h"
 
+#include "console/address_book_refresh.h"
 #include "console/console_context.h"
 #include "core/app_state.h"
 #include "core/prompter.h"
@@ -48,12 +49,7 @@ void list_recipients::done(int result)
     // In edit mode the recipient dialog has rebuilt the lists already.
     if (!m_closed && m_mode == Mode::Delete) {
         m_closed = true;
-        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-        if (m_context.send_form != nullptr) {
-            m_context.send_form->show_users();
-        }
-        intake::publish_recipients(m_context.state);
-        QGuiApplication::restoreOverrideCursor();
+        rebuild_send_lists(m_context, &intake::publish_recipients);
     }
     NameListWindow::done(result);
 }

@@ -2,6 +2,7 @@
 
 #include "console/busy_lock.h"
 #include "console/controls.h"
+#include "console/dialog_layout.h"
 #include "console/geometry.h"
 #include "console/setup_boxes.h"
 #include "core/app_state.h"
@@ -61,21 +62,14 @@ modem_setup::modem_setup(ConsoleContext& context, QWidget* parent) : QDialog(par
     add_labelled_row(*scan_form, fraScan, "lblScanWctpHost", u"WCTP"_s, txtScanWctpHost);
     add_labelled_row(*scan_form, fraScan, "lblScanSnppHost", u"SNPP"_s, txtScanSnppHost);
 
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(apply);
-    buttons->addWidget(bye);
+    auto* buttons = button_row({apply, bye});
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addWidget(fraScan);
     layout->addSpacing(fontMetrics().height() / 2);
     layout->addLayout(buttons);
     setMinimumWidth(digit * 52);
-    publish_accessibility(*this);
-    adjustSize();
-    if (parent != nullptr) {
-        center_on_form(*this, *parent);
-    }
+    settle_over_parent(*this, parent);
     fill_boxes();
 }
 

@@ -4,6 +4,7 @@
 #include "console/console_context.h"
 #include "console/frm_message_detail.h"
 #include "console/frm_schedule.h"
+#include "console/modal_window.h"
 #include "console/pending_form.h"
 #include "console/sched_form.h"
 #include "console/sent_form.h"
@@ -48,9 +49,8 @@ void register_queue_windows(ConsoleContext& context)
         schedule.show();
         schedule.raise();
     });
-    context.catalog.add(u"frmMessageDetail"_s, [&context](QWidget* caller) {
-        context.windows.open<frmMessageDetail>(context, caller != nullptr ? caller : send_window(context)).exec();
-    });
+    context.catalog.add(u"frmMessageDetail"_s,
+                        [&context](QWidget* caller) { run_modal<frmMessageDetail>(context, caller); });
     context.doors.refresh_folders = [&context] {
         refresh_if_visible<bad_form>(context);
         refresh_if_visible<pending_form>(context);

@@ -8,6 +8,7 @@
 #include "console/group_maint.h"
 #include "console/list_groups.h"
 #include "console/list_recipients.h"
+#include "console/modal_window.h"
 #include "console/window_owner.h"
 
 using namespace Qt::StringLiterals;
@@ -15,16 +16,6 @@ using namespace Qt::StringLiterals;
 namespace cvd::console {
 
 namespace {
-
-// A modal window over the one that asked, or over the send window when the menu asked.
-template <typename Window, typename... Args> void run_modal(ConsoleContext& context, QWidget* caller, Args&&... args)
-{
-    QWidget* parent = caller;
-    if (parent == nullptr && context.send_form != nullptr) {
-        parent = &context.send_form->window();
-    }
-    context.windows.open<Window>(context, std::forward<Args>(args)..., parent).exec();
-}
 
 void edit_recipient(ConsoleContext& context, const QString& name, QWidget* caller)
 {

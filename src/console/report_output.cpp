@@ -9,6 +9,7 @@
 #include "reports/report_setup.h"
 
 #include <QFileInfo>
+#include <QListWidget>
 #include <QPageLayout>
 #include <QPrintDialog>
 #include <QPrinter>
@@ -82,6 +83,26 @@ QString browse_report_file(ConsoleContext& context, const QString& current)
         path += u".txt"_s; // the default extension
     }
     return path;
+}
+
+void fill_report_list(QListWidget& list, const QStringList& rows)
+{
+    list.addItem(reports::kAllRow);
+    list.addItems(rows);
+    list.item(0)->setSelected(true);
+}
+
+void read_report_list(const QListWidget& list, reports::ReportRequest& request)
+{
+    for (int i = 0; i < list.count(); ++i) {
+        const QListWidgetItem* item = list.item(i);
+        if (i > 0) {
+            request.rows.append(item->text());
+        }
+        if (item->isSelected()) {
+            request.selected.append(item->text());
+        }
+    }
 }
 
 } // namespace cvd::console

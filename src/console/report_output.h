@@ -2,6 +2,7 @@
 
 #include "reports/report_request.h"
 
+class QListWidget;
 class QWidget;
 
 namespace cvd::console {
@@ -21,5 +22,11 @@ void save_report_file(ConsoleContext& context, QWidget& caller, const reports::R
 
 // The save dialog of btnBrowse: the chosen name, or empty when it was cancelled.
 QString browse_report_file(ConsoleContext& context, const QString& current);
+
+// The list of a report window: the "(ALL)" row first and selected, then the rows.
+void fill_report_list(QListWidget& list, const QStringList& rows);
+
+// The list into the request: its rows (without "(ALL)") and the rows selected.
+void read_report_list(const QListWidget& list, reports::ReportRequest& request);
 
 } // namespace cvd::console

@@ -4,6 +4,7 @@
 #include "console/frm_recipient_list.h"
 #include "console/frm_reports.h"
 #include "console/frm_send_report.h"
+#include "console/modal_window.h"
 #include "reports/report_request.h"
 
 using namespace Qt::StringLiterals;
@@ -12,19 +13,11 @@ namespace cvd::console {
 
 namespace {
 
-QWidget* owner_of(ConsoleContext& context, QWidget* caller)
-{
-    if (caller != nullptr) {
-        return caller;
-    }
-    return context.send_form != nullptr ? &context.send_form->window() : nullptr;
-}
-
 // Types below 31 choose in frmReports, the lists in frmRecipientList; both are modal over the caller.
 void open_report(ConsoleContext& context, QWidget* caller, int type)
 {
     context.shared.report_type = type;
-    QWidget* parent = owner_of(context, caller);
+    QWidget* parent = dialog_owner(context, caller);
     if (type >= reports::RecipientList) {
         frmRecipientList window(context, parent);
         window.exec();

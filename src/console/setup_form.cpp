@@ -2,6 +2,7 @@
 
 #include "console/busy_lock.h"
 #include "console/controls.h"
+#include "console/dialog_layout.h"
 #include "console/geometry.h"
 #include "console/setup_boxes.h"
 #include "core/app_state.h"
@@ -59,10 +60,7 @@ setup_form::setup_form(ConsoleContext& context, QWidget* parent) : QDialog(paren
     fLogLength->setMaximumWidth(fontMetrics().averageCharWidth() * 14);
     fpurge->setMaximumWidth(fontMetrics().averageCharWidth() * 8);
 
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(apply);
-    buttons->addWidget(bye);
+    auto* buttons = button_row({apply, bye});
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addSpacing(fontMetrics().height() / 2);

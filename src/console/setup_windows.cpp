@@ -4,6 +4,7 @@
 #include "console/frm_display_options.h"
 #include "console/frm_global_settings.h"
 #include "console/frm_setting.h"
+#include "console/modal_window.h"
 #include "console/modem_setup.h"
 #include "console/setup_form.h"
 #include "console/window_owner.h"
@@ -17,10 +18,7 @@ namespace {
 // Each setup dialog is modal over the send window.
 template <typename Window> WindowCatalog::Opener modal_over_send_form(ConsoleContext& context)
 {
-    return [&context](QWidget* /*caller*/) {
-        QWidget* owner = context.send_form != nullptr ? &context.send_form->window() : nullptr;
-        context.windows.open<Window>(context, owner).exec();
-    };
+    return [&context](QWidget* /*caller*/) { run_modal<Window>(context, nullptr); };
 }
 
 } // namespace
