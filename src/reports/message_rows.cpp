@@ -43,9 +43,45 @@ QString message_query(const MessageFilter& filter)
     return sql;
 }
 
+// Local times in one hour share their offset from UTC unless the clocks change within it. Each local time built
+// looks the zone up again, which reads the zone file's status from disk; a report over the whole history would
+// pay that hundreds of thousands of times, so the offset is looked up once an hour and the times carry it.
+class HourOffsets
+{
+public:
+    QDateTime at(const QDate& date, const QTime& time)
+    {
+        if (date != m_date || time.hour() != m_hour) {
+            m_date = date;
+            m_hour = time.hour();
+            m_offset = steady_offset(date, m_hour);
+        }
+        return m_offset ? QDateTime(date, time, Qt::OffsetFromUTC, *m_offset) : QDateTime(date, time);
+    }
+
+private:
+    // The hour's offset, or nothing when the clocks change in it (those times are built as local times).
+    static std::optional<int> steady_offset(const QDate& date, int hour)
+    {
+        const QTime first(hour, 0);
+        const QTime last(hour, 59, 59);
+        const QDateTime start(date, first);
+        const QDateTime end(date, last);
+        if (!start.isValid() || !end.isValid() || start.time() != first || end.time() != last ||
+            start.offsetFromUtc() != end.offsetFromUtc() || start.secsTo(end) != 3599) {
+            return std::nullopt;
+        }
+        return start.offsetFromUtc();
+    }
+
+    QDate m_date;
+    int m_hour = -1;
+    std::optional<int> m_offset;
+};
+
 // The stored form 'YYYY-MM-DD HH:MM:SS' read digit by digit: Qt's parser with a format costs several
 // microseconds a date, which a report over the whole history pays hundreds of thousands of times.
-QDateTime read_date(const store::Statement& statement, int column)
+QDateTime read_date(const store::Statement& statement, int column, HourOffsets& offsets)
 {
     const std::optional<QString> text = statement.text(column);
     if (!text) {
@@ -68,7 +104,7 @@ QDateTime read_date(const store::Statement& statement, int column)
         const QDate date(number(0, 4), number(5, 2), number(8, 2));
         const QTime time(number(11, 2), number(14, 2), number(17, 2));
         if (date.isValid() && time.isValid()) {
-            return QDateTime(date, time);
+            return offsets.at(date, time);
         }
     }
     return store::parse_date(value).value_or(QDateTime());
@@ -87,16 +123,17 @@ void for_each_message(store::Database& db, const MessageFilter& filter,
         statement.bind(3, filter.value);
     }
     MessageRow row;
+    HourOffsets offsets;
     while (statement.step()) {
         row.recipient = statement.text(0).value_or(QString());
         row.pin = statement.text(1).value_or(QString());
         row.message = statement.text(2).value_or(QString());
         row.carrier = statement.text(3).value_or(QString());
-        row.requested = read_date(statement, 4);
-        row.sent = read_date(statement, 5);
+        row.requested = read_date(statement, 4, offsets);
+        row.sent = read_date(statement, 5, offsets);
         row.error = statement.flag(6);
         row.repeat_interval = statement.integer(7).value_or(0);
-        row.repeat_stop = row.repeat_interval > 0 ? read_date(statement, 8) : QDateTime();
+        row.repeat_stop = row.repeat_interval > 0 ? read_date(statement, 8, offsets) : QDateTime();
         visit(row);
     }
 }

@@ -3,13 +3,16 @@
 #include <QFile>
 #include <QFont>
 #include <QFontMetrics>
+#include <QFontMetricsF>
 #include <QPageLayout>
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QPen>
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -31,6 +34,51 @@ QFont report_font(bool bold)
     return font;
 }
 
+// The advances of the Latin characters of one font, measured once each: a cell of plain Latin text is as wide
+// as the sum of its characters (kerning is off), so whether it fits is known without shaping it a second time.
+class AdvanceTable
+{
+public:
+    explicit AdvanceTable(const QFontMetricsF& metrics) : m_metrics(metrics) { m_advances.fill(-1.0); }
+
+    // The width of the text, or nothing when a character lies outside the table.
+    std::optional<double> width(const QString& text)
+    {
+        double sum = 0;
+        for (const QChar c : text) {
+            if (c.unicode() >= kSize) {
+                return std::nullopt;
+            }
+            double& advance = m_advances[c.unicode()];
+            if (advance < 0) {
+                advance = m_metrics.horizontalAdvance(c);
+            }
+            sum += advance;
+        }
+        return sum;
+    }
+
+private:
+    // Up to the end of Latin Extended-B: no combining marks, no scripts that shape.
+    static constexpr char16_t kSize = 0x250;
+    QFontMetricsF m_metrics;
+    std::array<double, kSize> m_advances{};
+};
+
+} // namespace
+
+namespace {
+
+// Whether the text fits the width; a pixel of slack keeps sums of rounded advances on the safe side, and a text
+// judged too wide is only clipped, which takes nothing away from one that fits.
+bool fits_in(const QString& text, int width, const QFontMetrics& metrics, AdvanceTable& advances)
+{
+    if (const std::optional<double> sum = advances.width(text)) {
+        return *sum + 1.0 <= width;
+    }
+    return metrics.horizontalAdvance(text) <= width;
+}
+
 } // namespace
 
 void paint_page(QPainter& painter, const LaidOutPage& page, double pixels_per_twip)
@@ -40,22 +88,27 @@ void paint_page(QPainter& painter, const LaidOutPage& page, double pixels_per_tw
     const QFont bold = report_font(true);
     painter.setPen(Qt::black);
     painter.setFont(normal);
+    const QFontMetrics normal_metrics = painter.fontMetrics();
+    AdvanceTable normal_advances(QFontMetricsF(normal, painter.device()));
+    painter.setFont(bold);
+    const QFontMetrics bold_metrics = painter.fontMetrics();
+    AdvanceTable bold_advances(QFontMetricsF(bold, painter.device()));
+    painter.setFont(normal);
+    const int normal_widest = normal_metrics.maxWidth();
+    const int bold_widest = bold_metrics.maxWidth();
     bool bold_set = false;
-    int widest = painter.fontMetrics().maxWidth();
     for (const PlacedCell& cell : page.cells) {
         if (cell.bold != bold_set) {
             painter.setFont(cell.bold ? bold : normal);
             bold_set = cell.bold;
-            widest = painter.fontMetrics().maxWidth();
         }
+        const QFontMetrics& metrics = cell.bold ? bold_metrics : normal_metrics;
+        const int widest = cell.bold ? bold_widest : normal_widest;
         const QRect box(px(cell.left + (cell.centred ? 0 : kTextInset)), px(cell.top),
                         px(cell.width - (cell.centred ? 0 : kTextInset)), px(cell.height));
         // Left-aligned text goes straight to its baseline: the laid-out form of drawText costs a text layout
         // per cell, which over thousands of pages is most of the time.
-        const QFontMetrics metrics = painter.fontMetrics();
         const int baseline = box.top() + (box.height() + metrics.ascent() - metrics.descent()) / 2;
-        const bool fits =
-            cell.text.size() * widest <= box.width() || metrics.horizontalAdvance(cell.text) <= box.width();
         if (cell.right) {
             const int width = metrics.horizontalAdvance(cell.text);
             painter.drawText(QPoint(box.right() - width, baseline), cell.text);
@@ -66,7 +119,8 @@ void paint_page(QPainter& painter, const LaidOutPage& page, double pixels_per_tw
             painter.drawText(QPoint(box.left() + std::max(0, (box.width() - width) / 2), baseline), cell.text);
             continue;
         }
-        if (fits) {
+        if (cell.text.size() * widest <= box.width() ||
+            fits_in(cell.text, box.width(), metrics, cell.bold ? bold_advances : normal_advances)) {
             painter.drawText(QPoint(box.left(), baseline), cell.text);
             continue;
         }
