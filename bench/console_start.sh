@@ -11,12 +11,9 @@ bin=$(cd "$bin" && pwd)
 if [ "${CVD_INSIDE_X:-}" != 1 ]; then
     work=$(mktemp -d)
     trap 'rm -rf "$work"' EXIT
-    export CVD_WORK=$work
-    export CVD_COMMON_APPDATA=$work/common XDG_DATA_HOME=$work/data XDG_STATE_HOME=$work/state
-    export CVD_REGISTRY_ROOT=$work/registry CVD_RUNTIME_DIR=$work/runtime XDG_RUNTIME_DIR=$work/xdg
-    export CVD_CONTROL_MAP=$work/controls.map
-    mkdir -p "$work/xdg" && chmod 700 "$work/xdg"
-    unset QT_QPA_PLATFORM WAYLAND_DISPLAY
+    # shellcheck source=/dev/null
+    source "$(dirname "$0")/../tests/e2e/private_environment.sh"
+    enter_private_environment "$work"
     {
         echo '"Version","Name","FullName","Id","Carrier","MaxChars","Alpha","OnCall","AdHoc","DropControl","Group","SendSubject","RemoveFrom","Extra1","Extra2","Priority"'
         awk -v n="$count" 'BEGIN { for (i = 1; i <= n; i++)

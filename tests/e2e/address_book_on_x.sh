@@ -15,12 +15,9 @@ if [ "${CVD_INSIDE_X:-}" != 1 ]; then
     done
     work=$(mktemp -d)
     trap 'rm -rf "$work"' EXIT
-    export CVD_WORK=$work
-    export CVD_COMMON_APPDATA=$work/common XDG_DATA_HOME=$work/data XDG_STATE_HOME=$work/state
-    export CVD_REGISTRY_ROOT=$work/registry CVD_RUNTIME_DIR=$work/runtime XDG_RUNTIME_DIR=$work/xdg
-    export CVD_CONTROL_MAP=$work/controls.map
-    mkdir -p "$work/xdg" && chmod 700 "$work/xdg"
-    unset QT_QPA_PLATFORM WAYLAND_DISPLAY
+    # shellcheck source=/dev/null
+    source "$(dirname "$0")/private_environment.sh"
+    enter_private_environment "$work"
     status=0
     CVD_INSIDE_X=1 xvfb-run -a -s "-screen 0 1280x1024x24" "$0" "$@" || status=$?
     exit $status

@@ -14,12 +14,9 @@ if [ "${CVD_INSIDE_X:-}" != 1 ]; then
         command -v "$tool" >/dev/null || { echo "skipped: $tool is not installed"; exit 77; }
     done
     work=$(mktemp -d)
-    export CVD_WORK=$work
-    export CVD_COMMON_APPDATA=$work/common XDG_DATA_HOME=$work/data XDG_STATE_HOME=$work/state
-    export CVD_REGISTRY_ROOT=$work/registry CVD_RUNTIME_DIR=$work/runtime XDG_RUNTIME_DIR=$work/xdg
-    export CVD_CONTROL_MAP=$work/controls.map
-    mkdir -p "$work/xdg" && chmod 700 "$work/xdg"
-    unset QT_QPA_PLATFORM WAYLAND_DISPLAY
+    # shellcheck source=/dev/null
+    source "$(dirname "$0")/private_environment.sh"
+    enter_private_environment "$work"
     # The answering modem replies to each command line ending in a carriage return; the silent one swallows all.
     cat >"$work/answer.sh" <<'ANSWER'
 #!/usr/bin/env bash

@@ -18,15 +18,12 @@ if [ "${CVD_INSIDE_X:-}" != 1 ]; then
     done
     work=$(mktemp -d)
     trap 'rm -rf "$work"' EXIT
-    export CVD_WORK=$work
-    export CVD_COMMON_APPDATA=$work/common XDG_DATA_HOME=$work/data XDG_STATE_HOME=$work/state
-    export CVD_REGISTRY_ROOT=$work/registry CVD_RUNTIME_DIR=$work/runtime XDG_RUNTIME_DIR=$work/xdg
-    export CVD_CONTROL_MAP=$work/controls.map
+    # shellcheck source=/dev/null
+    source "$(dirname "$0")/private_environment.sh"
+    enter_private_environment "$work"
     # The date picker's order of day, month and year follows the locale; this one writes "25 Nov 2026".
     export LC_ALL=C.UTF-8
     unset LANG LC_TIME
-    mkdir -p "$work/xdg" && chmod 700 "$work/xdg"
-    unset QT_QPA_PLATFORM WAYLAND_DISPLAY
     for kind in carriers recipients groups members; do
         "$bin/cvdctl" import "$kind" "$fixtures/$kind.txt" >/dev/null
     done
