@@ -7,6 +7,10 @@
 
 namespace cvd::reports {
 
+// The face of report text, in points, and the air left of a cell's text so that neighbours do not touch, in twips.
+inline constexpr int kReportPointSize = 9;
+inline constexpr int kCellTextInset = 30;
+
 // The page in twips: a letter sheet with the margins every report is printed with.
 struct PageSetup
 {

@@ -1,5 +1,8 @@
 #include "reports/page_painter.h"
 
+#include "reports/standard_pdf.h"
+
+#include <QDateTime>
 #include <QFile>
 #include <QFont>
 #include <QFontMetrics>
@@ -20,14 +23,11 @@ namespace cvd::reports {
 
 namespace {
 
-constexpr double kPointSize = 9.0;
-constexpr int kTextInset = 30; // twips of air at the left of a cell, so that neighbours do not touch
-
 QFont report_font(bool bold)
 {
     QFont font(u"DejaVu Sans"_s);
     font.setStyleHint(QFont::SansSerif);
-    font.setPointSizeF(kPointSize);
+    font.setPointSize(kReportPointSize);
     font.setBold(bold);
     // Without kerning a cell is shaped faster; the columns are set by position anyway.
     font.setKerning(false);
@@ -104,8 +104,8 @@ void paint_page(QPainter& painter, const LaidOutPage& page, double pixels_per_tw
         }
         const QFontMetrics& metrics = cell.bold ? bold_metrics : normal_metrics;
         const int widest = cell.bold ? bold_widest : normal_widest;
-        const QRect box(px(cell.left + (cell.centred ? 0 : kTextInset)), px(cell.top),
-                        px(cell.width - (cell.centred ? 0 : kTextInset)), px(cell.height));
+        const QRect box(px(cell.left + (cell.centred ? 0 : kCellTextInset)), px(cell.top),
+                        px(cell.width - (cell.centred ? 0 : kCellTextInset)), px(cell.height));
         // Left-aligned text goes straight to its baseline: the laid-out form of drawText costs a text layout
         // per cell, which over thousands of pages is most of the time.
         const int baseline = box.top() + (box.height() + metrics.ascent() - metrics.descent()) / 2;
@@ -157,6 +157,15 @@ void render_pages(const ReportDocument& document, QPagedPaintDevice& device, qsi
 
 bool write_pdf(const ReportDocument& document, const QString& path, const QString& title)
 {
+    switch (write_standard_pdf(document, path, title, QDateTime::currentDateTimeUtc())) {
+    case StandardPdfResult::Written:
+        return true;
+    case StandardPdfResult::FileError:
+        return false;
+    case StandardPdfResult::OutsideFontSet:
+        break;
+    }
+    // Text beyond the Windows Latin set goes through Qt's PDF engine, which embeds the fonts that show it.
     {
         QFile probe(path);
         if (!probe.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
@@ -167,7 +176,9 @@ bool write_pdf(const ReportDocument& document, const QString& path, const QStrin
     writer.setTitle(title);
     writer.setCreator(u"Corvane Desk"_s);
     writer.setResolution(600);
-    writer.setPageLayout(QPageLayout(QPageSize(QPageSize::Letter), QPageLayout::Portrait, QMarginsF(0, 0, 0, 0)));
+    const PageSetup& sheet = document.setup();
+    writer.setPageLayout(QPageLayout(QPageSize(QSizeF(sheet.width / 20.0, sheet.height / 20.0), QPageSize::Point),
+                                     QPageLayout::Portrait, QMarginsF(0, 0, 0, 0)));
     render_pages(document, writer, 1, document.page_count());
     return true;
 }

@@ -17,7 +17,8 @@ void paint_page(QPainter& painter, const LaidOutPage& page, double pixels_per_tw
 // painter starts at the sheet's corner (no device margins): a printer in full-page mode or a PDF writer.
 void render_pages(const ReportDocument& document, QPagedPaintDevice& device, qsizetype first, qsizetype last);
 
-// Writes the whole document as a PDF on letter paper. False when the file cannot be written.
+// Writes the whole document as a PDF on the document's sheet: in the standard fonts when every text is in the
+// Windows Latin set, else through Qt's PDF engine. False when the file cannot be written.
 bool write_pdf(const ReportDocument& document, const QString& path, const QString& title);
 
 } // namespace cvd::reports
