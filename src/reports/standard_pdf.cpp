@@ -272,9 +272,11 @@ void write_fixed_objects(ObjectWriter& writer, const ReportDocument& document, q
                               " 0 R >> >> >>");
     writer.object(kRegularFont, font_object("Helvetica"));
     writer.object(kBoldFont, font_object("Helvetica-Bold"));
-    const QByteArray date = created.toUTC().toString(u"yyyyMMddHHmmss"_s).toLatin1();
-    writer.object(kInfo, "<< /Title " + text_string(title) + " /Creator " + text_string(u"Corvane Desk"_s) +
-                             " /CreationDate (D:" + date + "Z) >>");
+    QByteArray info = "<< /Title " + text_string(title) + " /Creator " + text_string(u"Corvane Desk"_s);
+    if (created.isValid()) {
+        info += " /CreationDate (D:" + created.toUTC().toString(u"yyyyMMddHHmmss"_s).toLatin1() + "Z)";
+    }
+    writer.object(kInfo, info + " >>");
 }
 
 } // namespace
