@@ -44,29 +44,20 @@ void frmRecipientList::build_controls()
     optSummary = make_control<QRadioButton>(depth, "optSummary", u"Summary"_s);
     optDetail = make_control<QRadioButton>(depth, "optDetail", u"Details"_s);
     chkRecipients = make_control<QCheckBox>(this, "chkRecipients", u"Recipients"_s);
-    auto* output = make_control<QGroupBox>(this, "fraOutput", u"Output"_s);
-    optPrint = make_control<QRadioButton>(output, "optPrint", u"Print report"_s);
-    chkPreview = make_control<QCheckBox>(output, "chkPreview", u"Preview"_s);
-    optSave = make_control<QRadioButton>(output, "optSave", u"Write report to file"_s);
-    txtSaveTo = make_control<QLineEdit>(output, "txtSaveTo");
-    txtSaveTo->setAccessibleName(u"File name"_s);
-    btnBrowse = make_control<QPushButton>(output, "btnBrowse", u"Browse..."_s);
+    const ReportOutputControls output = make_report_output(this);
+    optPrint = output.optPrint;
+    chkPreview = output.chkPreview;
+    optSave = output.optSave;
+    txtSaveTo = output.txtSaveTo;
+    btnBrowse = output.btnBrowse;
     btnPrint = make_control<QPushButton>(this, "btnPrint", u"Print"_s);
     btnClose = make_control<QPushButton>(this, "btnClose", u"Close"_s);
     optSummary->setChecked(true);
-    optPrint->setChecked(true);
-    chkPreview->setChecked(true);
     btnPrint->setDefault(true);
 
     auto* depth_row = new QVBoxLayout(depth);
     depth_row->addWidget(optSummary);
     depth_row->addWidget(optDetail);
-    auto* output_grid = new QGridLayout(output);
-    output_grid->addWidget(optPrint, 0, 0);
-    output_grid->addWidget(chkPreview, 0, 1);
-    output_grid->addWidget(optSave, 1, 0, 1, 2);
-    output_grid->addWidget(txtSaveTo, 2, 0, 1, 2);
-    output_grid->addWidget(btnBrowse, 2, 2);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(btnPrint);
@@ -76,7 +67,7 @@ void frmRecipientList::build_controls()
     grid->addWidget(lstRecipients, 1, 0, 3, 1);
     grid->addWidget(depth, 1, 1);
     grid->addWidget(chkRecipients, 2, 1);
-    grid->addWidget(output, 3, 1);
+    grid->addWidget(output.fraOutput, 3, 1);
     grid->addLayout(buttons, 4, 0, 1, 2);
 
     connect(optPrint, &QRadioButton::toggled, this, &frmRecipientList::output_changed);

@@ -71,20 +71,18 @@ void frmReports::build_controls()
     optGood = make_control<QRadioButton>(fraWhich, "optGood", u"Good Msgs"_s);
     chkZero = make_control<QCheckBox>(this, "chkZero", u"Zero Values"_s);
     chkPageBreaks = make_control<QCheckBox>(this, "chkPageBreaks", u"Page Breaks"_s);
-    fraOutput = make_control<QGroupBox>(this, "fraOutput", u"Output"_s);
-    optPrint = make_control<QRadioButton>(fraOutput, "optPrint", u"Print report"_s);
-    chkPreview = make_control<QCheckBox>(fraOutput, "chkPreview", u"Preview"_s);
-    optSave = make_control<QRadioButton>(fraOutput, "optSave", u"Write report to file"_s);
-    txtSaveTo = make_control<QLineEdit>(fraOutput, "txtSaveTo");
-    txtSaveTo->setAccessibleName(u"File name"_s);
-    btnBrowse = make_control<QPushButton>(fraOutput, "btnBrowse", u"Browse..."_s);
+    m_output = make_report_output(this);
+    fraOutput = m_output.fraOutput;
+    optPrint = m_output.optPrint;
+    chkPreview = m_output.chkPreview;
+    optSave = m_output.optSave;
+    txtSaveTo = m_output.txtSaveTo;
+    btnBrowse = m_output.btnBrowse;
     optSend = make_control<QRadioButton>(fraOutput, "optSend", u"Email/Fax report to recipient"_s);
     btnPrint = make_control<QPushButton>(this, "btnPrint", u"Apply"_s);
     btnClose = make_control<QPushButton>(this, "btnClose", u"Close"_s);
     optSummary->setChecked(true);
     optAll->setChecked(true);
-    optPrint->setChecked(true);
-    chkPreview->setChecked(true);
     btnPrint->setDefault(true);
 
     connect(optPrint, &QRadioButton::toggled, this, &frmReports::output_changed);
@@ -112,14 +110,7 @@ void frmReports::lay_out_controls()
     for (QRadioButton* option : {optAll, optBad, optGood}) {
         which->addWidget(option);
     }
-    auto* output = new QGridLayout(fraOutput);
-    output->addWidget(optPrint, 0, 0);
-    output->addWidget(chkPreview, 0, 1);
-    output->addWidget(optSave, 1, 0);
-    output->addWidget(txtSaveTo, 2, 0, 1, 2);
-    output->addWidget(btnBrowse, 2, 2);
-    output->addWidget(optSend, 3, 0, 1, 3);
-    txtSaveTo->setMinimumWidth(260);
+    m_output.grid->addWidget(optSend, 3, 0, 1, 3);
 
     auto* checks = new QHBoxLayout;
     checks->addWidget(chkZero);

@@ -2,17 +2,24 @@
 
 #include "console/busy_lock.h"
 #include "console/console_context.h"
+#include "console/controls.h"
 #include "console/frm_pp.h"
 #include "core/app_state.h"
 #include "core/prompter.h"
 #include "reports/page_painter.h"
 #include "reports/report_setup.h"
 
+#include <QCheckBox>
 #include <QFileInfo>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPageLayout>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QPushButton>
+#include <QRadioButton>
 
 using namespace Qt::StringLiterals;
 
@@ -83,6 +90,28 @@ QString browse_report_file(ConsoleContext& context, const QString& current)
         path += u".txt"_s; // the default extension
     }
     return path;
+}
+
+ReportOutputControls make_report_output(QWidget* parent)
+{
+    ReportOutputControls c;
+    c.fraOutput = make_control<QGroupBox>(parent, "fraOutput", u"Output"_s);
+    c.optPrint = make_control<QRadioButton>(c.fraOutput, "optPrint", u"Print report"_s);
+    c.chkPreview = make_control<QCheckBox>(c.fraOutput, "chkPreview", u"Preview"_s);
+    c.optSave = make_control<QRadioButton>(c.fraOutput, "optSave", u"Write report to file"_s);
+    c.txtSaveTo = make_control<QLineEdit>(c.fraOutput, "txtSaveTo");
+    c.txtSaveTo->setAccessibleName(u"File name"_s);
+    c.txtSaveTo->setMinimumWidth(260);
+    c.btnBrowse = make_control<QPushButton>(c.fraOutput, "btnBrowse", u"Browse..."_s);
+    c.optPrint->setChecked(true);
+    c.chkPreview->setChecked(true);
+    c.grid = new QGridLayout(c.fraOutput);
+    c.grid->addWidget(c.optPrint, 0, 0);
+    c.grid->addWidget(c.chkPreview, 0, 1);
+    c.grid->addWidget(c.optSave, 1, 0, 1, 2);
+    c.grid->addWidget(c.txtSaveTo, 2, 0, 1, 2);
+    c.grid->addWidget(c.btnBrowse, 2, 2);
+    return c;
 }
 
 void fill_report_list(QListWidget& list, const QStringList& rows)

@@ -2,7 +2,13 @@
 
 #include "reports/report_request.h"
 
+class QCheckBox;
+class QGridLayout;
+class QGroupBox;
+class QLineEdit;
 class QListWidget;
+class QPushButton;
+class QRadioButton;
 class QWidget;
 
 namespace cvd::console {
@@ -22,6 +28,20 @@ void save_report_file(ConsoleContext& context, QWidget& caller, const reports::R
 
 // The save dialog of btnBrowse: the chosen name, or empty when it was cancelled.
 QString browse_report_file(ConsoleContext& context, const QString& current);
+
+// The Output group of both report windows: print (with or without the preview) or write to a file, print and
+// preview chosen. The grid's row 3 is left for a window's own way out.
+struct ReportOutputControls
+{
+    QGroupBox* fraOutput = nullptr;
+    QRadioButton* optPrint = nullptr;
+    QCheckBox* chkPreview = nullptr;
+    QRadioButton* optSave = nullptr;
+    QLineEdit* txtSaveTo = nullptr;
+    QPushButton* btnBrowse = nullptr;
+    QGridLayout* grid = nullptr;
+};
+ReportOutputControls make_report_output(QWidget* parent);
 
 // The list of a report window: the "(ALL)" row first and selected, then the rows.
 void fill_report_list(QListWidget& list, const QStringList& rows);
