@@ -23,38 +23,9 @@ if [ "${CVD_INSIDE_X:-}" != 1 ]; then
     exit $status
 fi
 
-cvd_pid=
-fail() {
-    echo "FAIL: $*" >&2
-    [ -f "$CVD_CONTROL_MAP" ] && sed 's/^/  map: /' "$CVD_CONTROL_MAP" >&2
-    [ -n "$cvd_pid" ] && kill "$cvd_pid" 2>/dev/null
-    exit 1
-}
-centre_of() {
-    awk -v name="$1" '$1 == name { printf "%d %d\n", $2 + $4 / 2, $3 + $5 / 2; found = 1 } END { exit !found }' \
-        "$CVD_CONTROL_MAP"
-}
-caption_of() {
-    awk -v name="$1" '$1 == name { $1 = $2 = $3 = $4 = $5 = ""; sub(/^ +/, ""); print }' "$CVD_CONTROL_MAP"
-}
-# Waits until the control is on the map (the map is rewritten every half second), or until it has left it.
-on_map() { [ -f "$CVD_CONTROL_MAP" ] && awk -v name="$1" '$1 == name { found = 1 } END { exit !found }' "$CVD_CONTROL_MAP"; }
-wait_for() {
-    for _ in $(seq 100); do on_map "$1" && return 0; sleep 0.1; done
-    fail "$1 did not appear"
-}
-wait_gone() {
-    for _ in $(seq 100); do on_map "$1" || return 0; sleep 0.1; done
-    fail "$1 did not go away"
-}
-click() {
-    local where
-    wait_for "$1"
-    where=$(centre_of "$1") || fail "no control $1 on the screen"
-    # shellcheck disable=SC2086
-    xdotool mousemove --sync $where click 1
-    sleep 0.2
-}
+# shellcheck source=/dev/null
+source "$(dirname "$0")/control_map.sh"
+click_pause=0.2 # each click waits for its control
 type_into() {
     click "$1"
     xdotool key ctrl+a

@@ -24,27 +24,8 @@ if [ "${CVD_INSIDE_X:-}" != 1 ]; then
     CVD_INSIDE_X=1 exec xvfb-run -a -s "-screen 0 1280x1024x24" "$0" "$@"
 fi
 
-fail() {
-    echo "FAIL: $*" >&2
-    [ -f "$CVD_CONTROL_MAP" ] && sed 's/^/  map: /' "$CVD_CONTROL_MAP" >&2
-    exit 1
-}
-
-# The centre of a control in screen pixels, from the map the console writes.
-centre_of() {
-    awk -v name="$1" '$1 == name { printf "%d %d\n", $2 + $4 / 2, $3 + $5 / 2; found = 1 } END { exit !found }' \
-        "$CVD_CONTROL_MAP"
-}
-caption_of() {
-    awk -v name="$1" '$1 == name { $1 = $2 = $3 = $4 = $5 = ""; sub(/^ +/, ""); print }' "$CVD_CONTROL_MAP"
-}
-click() {
-    local where
-    where=$(centre_of "$1") || fail "no control $1 on the screen"
-    # shellcheck disable=SC2086
-    xdotool mousemove --sync $where click 1
-    sleep 0.6 # the map is rewritten every half second
-}
+# shellcheck source=/dev/null
+source "$(dirname "$0")/control_map.sh"
 global_db="$CVD_COMMON_APPDATA/Halvern/Corvane Desk/5.0/cvd.mdb"
 
 "$bin/cvd" >"$CVD_WORK/cvd.out" 2>&1 &

@@ -38,25 +38,8 @@ ANSWER
     exit $status
 fi
 
-fail() {
-    echo "FAIL: $*" >&2
-    [ -f "$CVD_CONTROL_MAP" ] && sed 's/^/  map: /' "$CVD_CONTROL_MAP" >&2
-    exit 1
-}
-centre_of() {
-    awk -v name="$1" '$1 == name { printf "%d %d\n", $2 + $4 / 2, $3 + $5 / 2; found = 1 } END { exit !found }' \
-        "$CVD_CONTROL_MAP"
-}
-state_of() {
-    awk -v name="$1[checked]" '$1 == name { print $6 }' "$CVD_CONTROL_MAP"
-}
-click() {
-    local where
-    where=$(centre_of "$1") || fail "no control $1 on the screen"
-    # shellcheck disable=SC2086
-    xdotool mousemove --sync $where click 1
-    sleep 0.6 # the map is rewritten every half second
-}
+# shellcheck source=/dev/null
+source "$(dirname "$0")/control_map.sh"
 box_of() { [ "$1" = 13 ] && echo "frmModemScan/ChkCom13" || echo "frmModemScan/chkCom$1"; }
 
 "$bin/cvd" >"$CVD_WORK/cvd.out" 2>&1 &

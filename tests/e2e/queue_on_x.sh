@@ -32,48 +32,20 @@ if [ "${CVD_INSIDE_X:-}" != 1 ]; then
     exit $status
 fi
 
-fail() {
-    echo "FAIL: $*" >&2
-    [ -f "$CVD_CONTROL_MAP" ] && sed 's/^/  map: /' "$CVD_CONTROL_MAP" >&2
-    sed 's/^/  cvd: /' "$CVD_WORK/cvd.out" >&2
-    [ -n "${cvd_pid:-}" ] && kill "$cvd_pid" 2>/dev/null
-    exit 1
-}
+# shellcheck source=/dev/null
+source "$(dirname "$0")/control_map.sh"
 
-# The centre of a control in screen pixels, from the map the console writes; a second argument moves that
-# many rows further down (rows of a list are as high as its first).
-centre_of() {
-    awk -v name="$1" -v rows="${2:-0}" '$1 == name {
-            printf "%d %d\n", $2 + $4 / 2, $3 + $5 / 2 + rows * $5; found = 1 } END { exit !found }' \
-        "$CVD_CONTROL_MAP"
-}
-caption_of() {
-    awk -v name="$1" '$1 == name { $1 = $2 = $3 = $4 = $5 = ""; sub(/^ +/, ""); print }' "$CVD_CONTROL_MAP"
-}
 # The name of the first control whose caption starts with that text.
 named_by_caption() {
     awk -v start="$1" '{ name = $1; $1 = $2 = $3 = $4 = $5 = ""; sub(/^ +/, "") }
         index($0, start) == 1 { print name; found = 1; exit } END { exit !found }' "$CVD_CONTROL_MAP"
 }
-click() {
-    local where
-    where=$(centre_of "$1" "${2:-0}") || fail "no control $1 on the screen"
-    # shellcheck disable=SC2086
-    xdotool mousemove --sync $where click 1
-    sleep 0.6 # the map is rewritten every half second
-}
-listed() { awk -v name="$1" '$1 == name { found = 1 } END { exit !found }' "$CVD_CONTROL_MAP"; }
 click_left() {
     local where
     where=$(awk -v name="$1" '$1 == name { printf "%d %d\n", $2 + 8, $3 + $5 / 2; found = 1 } END { exit !found }' \
         "$CVD_CONTROL_MAP") || fail "no control $1 on the screen"
     # shellcheck disable=SC2086
-    xdotool mousemove --sync $where click 1
-}
-# Waits until the map lists that control, that is until its window is open and drawn.
-await() {
-    for _ in $(seq 50); do listed "$1" && return 0; sleep 0.1; done
-    fail "$2"
+    click_at $where
 }
 await_caption() {
     for _ in $(seq 30); do [ "$(caption_of "$1")" = "$2" ] && return 0; sleep 0.1; done
@@ -93,7 +65,7 @@ row_of_text="select cv_message_id from cv_messages where cv_message = '$text'"
 "$bin/cvd" >"$CVD_WORK/cvd.out" 2>&1 &
 cvd_pid=$!
 window=$(timeout 20 xdotool search --sync --name '^Corvane Desk$' | head -1) || fail "the console did not open"
-await 'unpicked[0]' "the console wrote no map"
+wait_for 'unpicked[0]' "the console wrote no map"
 sleep 0.6
 # The activity monitor opens beside the console and rises with it; put away, it covers no folder's buttons.
 xdotool windowfocus --sync "$window" key alt+v
@@ -112,7 +84,7 @@ sleep 0.3
 opened=$(date '+%Y-%m-%d %H:%M')
 click tbrSchedule
 window_titled 'Schedule Message' >/dev/null || fail "the toolbar button opened no schedule dialog"
-await frmSchedule/btnApply "the schedule dialog is not in the map"
+wait_for frmSchedule/btnApply "the schedule dialog is not in the map"
 # The pickers open on the present minute. The arrow keys step the section under the cursor: the hour two up
 # is later today; late in the evening the day one up is tomorrow; on the last evening of a month, where the
 # day cannot step, the year steps instead. The dialog may have opened a minute after $opened.
@@ -157,14 +129,14 @@ sched_panel=$(named_by_caption 'Sched:') || fail "no Sched: panel"
 await_caption "$sched_panel" "Sched: 1" || fail "the Sched panel shows '$(caption_of "$sched_panel")'"
 click "$sched_panel"
 window_titled 'Scheduled Messages' >/dev/null || fail "the Sched panel opened no folder"
-await 'sched_form/Status_Grid[0]' "the scheduled folder shows no row"
+wait_for 'sched_form/Status_Grid[0]' "the scheduled folder shows no row"
 photo scheduled
 [[ "$(caption_of 'sched_form/Status_Grid[0]')" == *"| Alice Brandt | $text" ]] ||
     fail "the scheduled folder's row reads '$(caption_of 'sched_form/Status_Grid[0]')'"
 click 'sched_form/Status_Grid[0]'
 click sched_form/btnDelete
-for _ in $(seq 30); do listed 'sched_form/Status_Grid[0]' || break; sleep 0.1; done
-listed 'sched_form/Status_Grid[0]' && fail "the cancelled row is still in the scheduled folder"
+for _ in $(seq 30); do on_map 'sched_form/Status_Grid[0]' || break; sleep 0.1; done
+on_map 'sched_form/Status_Grid[0]' && fail "the cancelled row is still in the scheduled folder"
 flags=$(sqlite3 "$global_db" "select cv_scheduled, cv_sent, cv_error from cv_messages where cv_message_id = $id")
 [ "$flags" = "-1|-1|-1" ] || fail "the cancelled row has the flags '$flags'"
 click sched_form/btnClose
@@ -173,7 +145,7 @@ bad_panel=$(named_by_caption 'Bad:') || fail "no Bad: panel"
 await_caption "$bad_panel" "Bad: 1" || fail "the Bad panel shows '$(caption_of "$bad_panel")'"
 click "$bad_panel"
 window_titled 'Bad Messages' >/dev/null || fail "the Bad panel opened no folder"
-await 'bad_form/Status_Grid[0]' "the bad folder shows no row"
+wait_for 'bad_form/Status_Grid[0]' "the bad folder shows no row"
 photo bad
 [[ "$(caption_of 'bad_form/Status_Grid[0]')" == *"| Alice Brandt | $text" ]] ||
     fail "the bad folder's row reads '$(caption_of 'bad_form/Status_Grid[0]')'"
@@ -183,14 +155,14 @@ xdotool windowfocus --sync "$window" key alt+v
 sleep 0.3
 xdotool key h
 window_titled 'Message History' >/dev/null || fail "View > History opened no window"
-await 'log_form/Status_Grid[0]' "the history shows no row"
+wait_for 'log_form/Status_Grid[0]' "the history shows no row"
 photo history
 row=$(caption_of 'log_form/Status_Grid[0]')
 # Requested | Sent | Status | Sent To | Sent From | Message
 [[ "$row" == *" | Failed | Alice Brandt |"*"| $text" ]] || fail "the history row reads '$row'"
 click log_form/Command2
-for _ in $(seq 30); do listed log_form/Command2 || break; sleep 0.1; done
-listed log_form/Command2 && fail "Close left the history open"
+for _ in $(seq 30); do on_map log_form/Command2 || break; sleep 0.1; done
+on_map log_form/Command2 && fail "Close left the history open"
 
 # Nothing is waiting or pending any more, so File > Exit ends the program without a question.
 xdotool windowfocus --sync "$window" key alt+f
