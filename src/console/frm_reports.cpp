@@ -71,14 +71,15 @@ void frmReports::build_controls()
     optGood = make_control<QRadioButton>(fraWhich, "optGood", u"Good Msgs"_s);
     chkZero = make_control<QCheckBox>(this, "chkZero", u"Zero Values"_s);
     chkPageBreaks = make_control<QCheckBox>(this, "chkPageBreaks", u"Page Breaks"_s);
-    m_output = make_report_output(this);
-    fraOutput = m_output.fraOutput;
-    optPrint = m_output.optPrint;
-    chkPreview = m_output.chkPreview;
-    optSave = m_output.optSave;
-    txtSaveTo = m_output.txtSaveTo;
-    btnBrowse = m_output.btnBrowse;
+    const ReportOutputControls output = make_report_output(this);
+    fraOutput = output.fraOutput;
+    optPrint = output.optPrint;
+    chkPreview = output.chkPreview;
+    optSave = output.optSave;
+    txtSaveTo = output.txtSaveTo;
+    btnBrowse = output.btnBrowse;
     optSend = make_control<QRadioButton>(fraOutput, "optSend", u"Email/Fax report to recipient"_s);
+    output.grid->addWidget(optSend, 3, 0, 1, 3);
     btnPrint = make_control<QPushButton>(this, "btnPrint", u"Apply"_s);
     btnClose = make_control<QPushButton>(this, "btnClose", u"Close"_s);
     optSummary->setChecked(true);
@@ -110,7 +111,6 @@ void frmReports::lay_out_controls()
     for (QRadioButton* option : {optAll, optBad, optGood}) {
         which->addWidget(option);
     }
-    m_output.grid->addWidget(optSend, 3, 0, 1, 3);
 
     auto* checks = new QHBoxLayout;
     checks->addWidget(chkZero);

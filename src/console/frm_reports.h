@@ -1,6 +1,5 @@
 #pragma once
 
-#include "console/report_output.h"
 #include "reports/report_request.h"
 
 #include <QDialog>
@@ -60,7 +59,6 @@ private:
     QRadioButton* optGood = nullptr;
     QCheckBox* chkZero = nullptr;
     QCheckBox* chkPageBreaks = nullptr;
-    ReportOutputControls m_output;
     QGroupBox* fraOutput = nullptr;
     QRadioButton* optPrint = nullptr;
     QCheckBox* chkPreview = nullptr;
