@@ -10,16 +10,14 @@ bin=${1:?bin dir}
 shot=${2:-}
 
 if [ "${CVD_INSIDE_X:-}" != 1 ]; then
-    for tool in xvfb-run xdotool sqlite3; do
-        command -v "$tool" >/dev/null || { echo "skipped: $tool is not installed"; exit 77; }
-    done
-    work=$(mktemp -d)
-    trap 'rm -rf "$work"' EXIT
     # shellcheck source=/dev/null
     source "$(dirname "$0")/private_environment.sh"
+    need_tools xvfb-run xdotool sqlite3
+    work=$(mktemp -d)
+    trap 'rm -rf "$work"' EXIT
     enter_private_environment "$work"
     status=0
-    CVD_INSIDE_X=1 xvfb-run -a -s "-screen 0 1280x1024x24" "$0" "$@" || status=$?
+    run_on_private_x "$0" "$@" || status=$?
     exit $status
 fi
 

@@ -10,18 +10,15 @@ fixtures=${2:?fixture dir}
 shot=${3:-}
 
 if [ "${CVD_INSIDE_X:-}" != 1 ]; then
-    for tool in xvfb-run xdotool sqlite3; do
-        command -v "$tool" >/dev/null || { echo "skipped: $tool is not installed"; exit 77; }
-    done
-    work=$(mktemp -d)
-    trap 'rm -rf "$work"' EXIT
     # shellcheck source=/dev/null
     source "$(dirname "$0")/private_environment.sh"
+    need_tools xvfb-run xdotool sqlite3
+    work=$(mktemp -d)
+    trap 'rm -rf "$work"' EXIT
     enter_private_environment "$work"
-    for kind in carriers recipients groups members; do
-        "$bin/cvdctl" import "$kind" "$fixtures/$kind.txt" >/dev/null
-    done
-    CVD_INSIDE_X=1 exec xvfb-run -a -s "-screen 0 1280x1024x24" "$0" "$@"
+    import_address_book "$bin" "$fixtures"
+    run_on_private_x "$0" "$@"
+    exit
 fi
 
 # shellcheck source=/dev/null

@@ -10,12 +10,10 @@ bin=${1:?bin dir}
 shot=${2:-}
 
 if [ "${CVD_INSIDE_X:-}" != 1 ]; then
-    for tool in xvfb-run xdotool socat; do
-        command -v "$tool" >/dev/null || { echo "skipped: $tool is not installed"; exit 77; }
-    done
-    work=$(mktemp -d)
     # shellcheck source=/dev/null
     source "$(dirname "$0")/private_environment.sh"
+    need_tools xvfb-run xdotool socat
+    work=$(mktemp -d)
     enter_private_environment "$work"
     # The answering modem replies to each command line ending in a carriage return; the silent one swallows all.
     cat >"$work/answer.sh" <<'ANSWER'
@@ -34,7 +32,7 @@ ANSWER
     export CVD_COM1=$work/com1 CVD_COM2=$work/com2
     for port in $(seq 3 16); do export "CVD_COM$port=$work/none$port"; done
     status=0
-    CVD_INSIDE_X=1 xvfb-run -a -s "-screen 0 1280x1024x24" "$0" "$@" || status=$?
+    run_on_private_x "$0" "$@" || status=$?
     exit $status
 fi
 

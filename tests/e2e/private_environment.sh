@@ -9,3 +9,24 @@ enter_private_environment() {
     mkdir -p "$work/xdg" && chmod 700 "$work/xdg"
     unset QT_QPA_PLATFORM WAYLAND_DISPLAY
 }
+
+# Ends the script as skipped (exit 77) when one of the tools is not installed.
+need_tools() {
+    local tool
+    for tool in "$@"; do
+        command -v "$tool" >/dev/null || { echo "skipped: $tool is not installed"; exit 77; }
+    done
+}
+
+# Fills the private address book from a folder of import files, through cvdctl as another program would.
+import_address_book() {
+    local bin=$1 fixtures=$2 kind
+    for kind in carriers recipients groups members; do
+        "$bin/cvdctl" import "$kind" "$fixtures/$kind.txt" >/dev/null
+    done
+}
+
+# Runs the command (the calling script again) on a private X server, marked as being inside it.
+run_on_private_x() {
+    CVD_INSIDE_X=1 xvfb-run -a -s "-screen 0 1280x1024x24" "$@"
+}

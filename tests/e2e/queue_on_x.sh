@@ -13,22 +13,18 @@ fixtures=${2:?fixture dir}
 shot=${3:-}
 
 if [ "${CVD_INSIDE_X:-}" != 1 ]; then
-    for tool in xvfb-run xdotool sqlite3; do
-        command -v "$tool" >/dev/null || { echo "skipped: $tool is not installed"; exit 77; }
-    done
-    work=$(mktemp -d)
-    trap 'rm -rf "$work"' EXIT
     # shellcheck source=/dev/null
     source "$(dirname "$0")/private_environment.sh"
+    need_tools xvfb-run xdotool sqlite3
+    work=$(mktemp -d)
+    trap 'rm -rf "$work"' EXIT
     enter_private_environment "$work"
     # The date picker's order of day, month and year follows the locale; this one writes "25 Nov 2026".
     export LC_ALL=C.UTF-8
     unset LANG LC_TIME
-    for kind in carriers recipients groups members; do
-        "$bin/cvdctl" import "$kind" "$fixtures/$kind.txt" >/dev/null
-    done
+    import_address_book "$bin" "$fixtures"
     status=0
-    CVD_INSIDE_X=1 xvfb-run -a -s "-screen 0 1280x1024x24" "$0" "$@" || status=$?
+    run_on_private_x "$0" "$@" || status=$?
     exit $status
 fi
 
